@@ -1,0 +1,29 @@
+# quillmoor_library(NAME
+#     SOURCES a.cpp b.cpp      files of the folder
+#     HEADERS a.h b.h          its public headers
+#     PUBLIC lib …             dependencies that appear in its headers
+#     PRIVATE lib …)           dependencies of its .cpp files alone
+#
+# The only include path a library offers is a view of its own folder in the
+# build tree, so "ABC/ABCParser.h" compiles just where ABC is declared as a
+# dependency. The target "all_verify_interface_header_sets" compiles each
+# public header alone.
+set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
+
+function(quillmoor_library name)
+    cmake_parse_arguments(arg "" "" "SOURCES;HEADERS;PUBLIC;PRIVATE" ${ARGN})
+
+    set(view "${CMAKE_BINARY_DIR}/include/${name}")
+    file(MAKE_DIRECTORY "${view}")
+    file(CREATE_LINK "${CMAKE_CURRENT_SOURCE_DIR}" "${view}/${name}" SYMBOLIC)
+
+    set(publicHeaders ${arg_HEADERS})
+    list(TRANSFORM publicHeaders PREPEND "${view}/${name}/")
+    # moc reads the headers where they lie; through the view it would do it twice.
+    set_source_files_properties(${publicHeaders} PROPERTIES SKIP_AUTOGEN ON)
+
+    add_library(${name} STATIC ${arg_SOURCES} ${arg_HEADERS})
+    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${view}" FILES ${publicHeaders})
+    target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+endfunction()

@@ -1,0 +1,25 @@
+# quillmoor_test(FOLDER CLASS LIBS lib … [SOURCES extra.cpp …])
+#
+# Builds tst_CLASS from tst_CLASS.cpp in the calling folder and registers it with
+# ctest as FOLDER.CLASS under the label FOLDER. Tests find their files through
+# QFINDTESTDATA("data/…").
+function(quillmoor_test folder class)
+    cmake_parse_arguments(arg "" "" "LIBS;SOURCES" ${ARGN})
+    set(target "tst_${class}")
+    add_executable(${target} "tst_${class}.cpp" ${arg_SOURCES})
+    set_target_properties(${target} PROPERTIES AUTOMOC ON)
+    target_compile_definitions(${target} PRIVATE QT_TESTCASE_BUILDDIR="${CMAKE_CURRENT_BINARY_DIR}")
+    target_link_libraries(${target} PRIVATE ${arg_LIBS} Qt5::Test)
+    add_test(NAME "${folder}.${class}" COMMAND ${target})
+    set_tests_properties("${folder}.${class}" PROPERTIES
+        LABELS "${folder}"
+        TIMEOUT 300
+        ENVIRONMENT "${QUILLMOOR_TEST_ENVIRONMENT}")
+endfunction()
+
+set(QUILLMOOR_TEST_ENVIRONMENT
+    "QT_QPA_PLATFORM=offscreen"
+    "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/lsan.supp"
+    "ASAN_OPTIONS=fast_unwind_on_malloc=0:detect_leaks=1"
+    "UBSAN_OPTIONS=print_stacktrace=1"
+    "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp:halt_on_error=1")
