@@ -170,13 +170,18 @@ public:
     void out(const void *pointer) { argument(pointer ? "out" : "null"); }
 
     void answer(const std::string &text) { m_answer = text; }
-    /// Hands a new object out. A failing call leaves a pointer behind that nobody may use.
+    /// Hands a new object out, or nothing where that is planned.
     void answer(void **out, Object *object)
     {
-        *out = object;
+        *out = m_handsNothingOut ? nullptr : object;
         m_answer = objectName(*object);
     }
-    void spoil(void **out) { *out = reinterpret_cast<void *>(std::uintptr_t{1}); }
+    /// A failing call leaves a pointer behind that nobody may use.
+    void spoil(void **out)
+    {
+        static char nothing;
+        *out = &nothing;
+    }
 
     void fail(int result)
     {
@@ -187,13 +192,14 @@ public:
     int result() const { return m_result; }
 
 private:
-    int plannedResult() const
+    int plannedResult()
     {
         const auto planned = state().failures.find(m_function);
         if (planned == state().failures.end() || --planned->second.callsBefore > 0)
             return 0;
         const int result = planned->second.result;
         state().failures.erase(planned);
+        m_handsNothingOut = result == 0;
         return result;
     }
 
@@ -201,6 +207,7 @@ private:
     std::string m_function;
     std::string m_arguments;
     std::string m_answer;
+    bool m_handsNothingOut = false;
     int m_result;
 };
 

@@ -66,7 +66,8 @@ public:
     void clearCalls();
 
     /// Lets the `nth` call of `function` from now on (1 is the next) answer `result` and do
-    /// nothing. One plan per function at a time.
+    /// nothing; with 0 (FMOD_OK) it claims success but hands out a null object. One plan per
+    /// function at a time.
     void fail(const QString &function, int nth, int result);
 
     /// Frames per second of the output; 48000.
