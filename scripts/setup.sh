@@ -61,7 +61,8 @@ main() {
         return 0
     fi
 
-    mapfile -t missing < <(missing_of "${wanted[@]}")
+    list=$(missing_of "${wanted[@]}")
+    read -r -d '' -a missing <<<"$list" || true
     if [ ${#missing[@]} -eq 0 ]; then
         return 0
     fi
