@@ -24,6 +24,7 @@ enum FMOD_RESULT : int {
     FMOD_ERR_INVALID_PARAM = 37,
     FMOD_ERR_MEMORY = 43,
     FMOD_ERR_OUTPUT_INIT = 60,
+    FMOD_ERR_PLUGIN_MISSING = 66,
 };
 
 using FMOD_MODE = unsigned int;

@@ -8,7 +8,6 @@ function(quillmoor_test folder class)
     set(target "tst_${class}")
     add_executable(${target} "tst_${class}.cpp" ${arg_SOURCES})
     set_target_properties(${target} PROPERTIES AUTOMOC ON)
-    target_compile_definitions(${target} PRIVATE QT_TESTCASE_BUILDDIR="${CMAKE_CURRENT_BINARY_DIR}")
     target_link_libraries(${target} PRIVATE ${arg_LIBS} Qt5::Test)
     add_test(NAME "${folder}.${class}" COMMAND ${target})
     set_tests_properties("${folder}.${class}" PROPERTIES
