@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+class QJsonObject;
+
 /// What sounds for one note of an instrument.
 class InstrumentSample {
 public:
@@ -45,8 +47,8 @@ public:
     /// sample paths; `prefix` is put before each of them. Throws a QString when the file cannot
     /// be read as JSON, its root is no object, or a note has no sample to borrow.
     ///
-    /// A base frequency of 0 or a ratio that is not finite and positive gives the pitch 1, a
-    /// negative or non-finite fadeout gives 0; each with a warning.
+    /// A base frequency of 0 or a ratio that is no positive number in single precision gives the
+    /// pitch 1, a negative or non-finite fadeout gives 0; each with a warning.
     static Instrument fromFile(const QString &name, const QString &path,
                                const QString &prefix = QString());
     /// The same from the file's contents.
@@ -65,6 +67,9 @@ public:
     bool operator!=(const Instrument &other) const { return !(*this == other); }
 
 private:
+    static Instrument fromObject(const QString &name, const QJsonObject &tuning,
+                                 const QString &prefix);
+
     QString m_name;
     double m_fadeout = 0.0;
     Mapping m_mapping;
