@@ -96,7 +96,7 @@ private slots:
 void tst_ActiveNote::reportsTheStartOnce()
 {
     Stage stage;
-    ActiveNotes notes {stage.note(3)};
+    ActiveNotes notes{stage.note(3)};
     QCOMPARE(heardAt(notes, 999), QStringList());
     QCOMPARE(heardAt(notes, 1000), list("+T1:3"));
     QVERIFY(notes.front().pressed);
@@ -107,7 +107,7 @@ void tst_ActiveNote::reportsTheStartOnce()
 void tst_ActiveNote::reportsTheEndOnce()
 {
     Stage stage;
-    ActiveNotes notes {stage.note(3)};
+    ActiveNotes notes{stage.note(3)};
     QCOMPARE(heardAt(notes, 1999), list("+T1:3"));
     QCOMPARE(heardAt(notes, 2000), list("-T1:3"));
     QVERIFY(notes.front().released);
@@ -118,7 +118,7 @@ void tst_ActiveNote::reportsTheEndOnce()
 void tst_ActiveNote::holdsTheEndBackInThePassOfTheStart()
 {
     Stage stage;
-    ActiveNotes notes {stage.note(3)};
+    ActiveNotes notes{stage.note(3)};
     QCOMPARE(heardAt(notes, 2100), list("+T1:3"));
     QVERIFY(!notes.front().released);
     QCOMPARE(heardAt(notes, 2101), list("-T1:3"));
@@ -127,7 +127,7 @@ void tst_ActiveNote::holdsTheEndBackInThePassOfTheStart()
 void tst_ActiveNote::reportsBothInOnePassWhenTheFadeIsOver()
 {
     Stage stage;
-    ActiveNotes notes {stage.note(3)};
+    ActiveNotes notes{stage.note(3)};
     QCOMPARE(heardAt(notes, 2401), list("+T1:3|-T1:3"));
     QVERIFY(notes.empty());
 }
@@ -148,7 +148,7 @@ void tst_ActiveNote::fadesAlongAStraightLine()
     QFETCH(quint64, now);
     QFETCH(QString, volume);
     Stage stage;
-    ActiveNotes notes {stage.note(0)};
+    ActiveNotes notes{stage.note(0)};
     fadeAndStop(notes, now, expectOk);
     QCOMPARE(stage.fake.calls(),
              QStringList(QStringLiteral("FMOD_Channel_SetVolume(channel1, %1)").arg(volume)));
@@ -158,7 +158,7 @@ void tst_ActiveNote::fadesAlongAStraightLine()
 void tst_ActiveNote::stopsAndForgetsBehindTheFade()
 {
     Stage stage;
-    ActiveNotes notes {stage.note(0)};
+    ActiveNotes notes{stage.note(0)};
     fadeAndStop(notes, 2401, expectOk);
     QCOMPARE(stage.fake.calls(), list("FMOD_Channel_Stop(channel1)"));
     QVERIFY(notes.empty());
@@ -167,7 +167,7 @@ void tst_ActiveNote::stopsAndForgetsBehindTheFade()
 void tst_ActiveNote::neverDividesByAFadeOf0()
 {
     Stage stage;
-    ActiveNotes notes {stage.note(0, 2000, 0)};
+    ActiveNotes notes{stage.note(0, 2000, 0)};
     fadeAndStop(notes, 2000, expectOk);
     QCOMPARE(stage.fake.calls(), list("FMOD_Channel_SetVolume(channel1, 0)"));
     QCOMPARE(notes.size(), std::size_t(1));
@@ -180,7 +180,7 @@ void tst_ActiveNote::neverDividesByAFadeOf0()
 void tst_ActiveNote::visitsNotesInOrderAndKeepsIt()
 {
     Stage stage;
-    ActiveNotes notes {stage.note(0), stage.note(1, 1500), stage.note(2), stage.note(3, 1500)};
+    ActiveNotes notes{stage.note(0), stage.note(1, 1500), stage.note(2), stage.note(3, 1500)};
     QCOMPARE(heardAt(notes, 1901), list("+T1:0|+T1:1|-T1:1|+T1:2|+T1:3|-T1:3"));
     QCOMPARE(notes.size(), std::size_t(2));
     QCOMPARE(notes.at(0).eventIndex, 0U);
@@ -191,7 +191,7 @@ void tst_ActiveNote::visitsNotesInOrderAndKeepsIt()
 void tst_ActiveNote::worksWithoutAnObserver()
 {
     Stage stage;
-    ActiveNotes notes {stage.note(0)};
+    ActiveNotes notes{stage.note(0)};
     fadeAndStop(notes, 2100, expectOk);
     QVERIFY(notes.front().pressed);
 }
@@ -199,7 +199,7 @@ void tst_ActiveNote::worksWithoutAnObserver()
 void tst_ActiveNote::leavesANoteWithoutAChannelAlone()
 {
     Stage stage;
-    ActiveNotes notes {stage.note(7)};
+    ActiveNotes notes{stage.note(7)};
     notes.front().channel = nullptr;
     QCOMPARE(heardAt(notes, 1500), list("+T1:7"));
     QCOMPARE(heardAt(notes, 2100), list("-T1:7"));
@@ -211,11 +211,11 @@ void tst_ActiveNote::leavesANoteWithoutAChannelAlone()
 void tst_ActiveNote::reportsResultsAndGoesOn()
 {
     Stage stage;
-    ActiveNotes notes {stage.note(0), stage.note(1)};
+    ActiveNotes notes{stage.note(0), stage.note(1)};
     stage.fake.fail(QStringLiteral("FMOD_Channel_SetVolume"), 1, FMOD_ERR_INVALID_HANDLE);
     std::vector<FMOD_RESULT> results;
     fadeAndStop(notes, 2100, [&results](FMOD_RESULT result) { results.push_back(result); });
-    QVERIFY((results == std::vector<FMOD_RESULT> {FMOD_ERR_INVALID_HANDLE, FMOD_OK}));
+    QVERIFY((results == std::vector<FMOD_RESULT>{FMOD_ERR_INVALID_HANDLE, FMOD_OK}));
     QCOMPARE(notes.size(), std::size_t(2));
 }
 

@@ -68,20 +68,20 @@ void tst_DspClock::answers0WhenACallFails()
     fake.fail(QStringLiteral("FMOD_System_GetDSPClock"), 1, FMOD_ERR_INTERNAL);
     fake.fail(QStringLiteral("FMOD_System_GetSoftwareFormat"), 1, FMOD_ERR_INVALID_PARAM);
     std::vector<FMOD_RESULT> results;
-    const PassClock clock
-        = PassClock::of(*system, [&results](FMOD_RESULT result) { results.push_back(result); });
+    const PassClock clock =
+        PassClock::of(*system, [&results](FMOD_RESULT result) { results.push_back(result); });
     QCOMPARE(clock.now, quint64(0));
     QCOMPARE(clock.rate, 0);
-    QVERIFY((results == std::vector<FMOD_RESULT> {FMOD_ERR_INTERNAL, FMOD_ERR_INVALID_PARAM}));
+    QVERIFY((results == std::vector<FMOD_RESULT>{FMOD_ERR_INTERNAL, FMOD_ERR_INVALID_PARAM}));
     QCOMPARE(system->release(), FMOD_OK);
 }
 
 void tst_DspClock::looksATenthOfASecondAhead()
 {
-    QCOMPARE((PassClock {1000, 48000}.horizon()), quint64(5800));
-    QCOMPARE((PassClock {0, 44109}.horizon()), quint64(4410));
-    QCOMPARE((PassClock {Largest, 48000}.horizon()), Largest);
-    QCOMPARE((PassClock {7, -48000}.horizon()), quint64(7));
+    QCOMPARE((PassClock{1000, 48000}.horizon()), quint64(5800));
+    QCOMPARE((PassClock{0, 44109}.horizon()), quint64(4410));
+    QCOMPARE((PassClock{Largest, 48000}.horizon()), Largest);
+    QCOMPARE((PassClock{7, -48000}.horizon()), quint64(7));
 }
 
 void tst_DspClock::truncatesWithin64Bits()

@@ -17,8 +17,7 @@ Instrument harp()
                                  "{\"fadeout\": 0.25, \"mapping\": {"
                                  "\"60\": {\"file\": \"/c.wav\", \"f\": 200},"
                                  "\"61\": {\"f\": 300},"
-                                 "\"62\": {\"file\": \"/d.wav\", \"f\": 250},"
-                                 "\"64\": {\"file\": \"pak://nowhere\", \"f\": 250}}}");
+                                 "\"62\": {\"file\": \"/d.wav\", \"f\": 250}}}");
 }
 
 TrackInfo playing(const std::vector<TrackEvent> &events)
@@ -86,8 +85,8 @@ public:
         if (result != FMOD_OK)
             failures.push_back(result);
     };
-    SoundCache sounds {check};
-    NoteScheduler scheduler {sounds, check};
+    SoundCache sounds{check};
+    NoteScheduler scheduler{sounds, check};
     ActiveNotes notes;
 };
 
@@ -192,7 +191,7 @@ void tst_NoteScheduler::schedulesUpToTheHorizon()
     TrackInfo info = playing({quarter(60, 0), quarter(60, 6048), quarter(60, 6049)});
     QCOMPARE(stage.scheduleAt(0, info), 2);
     QCOMPARE(info.nextEvent, 2U);
-    QVERIFY((stage.starts() == Clocks {0, 4800}));
+    QVERIFY((stage.starts() == Clocks{0, 4800}));
 }
 
 void tst_NoteScheduler::goesOnWhereItStopped()
@@ -205,19 +204,19 @@ void tst_NoteScheduler::goesOnWhereItStopped()
     QCOMPARE(stage.scheduleAt(19201, info), 0);
     QCOMPARE(stage.scheduleAt(43200, info), 1);
     QVERIFY(info.isScheduled());
-    QVERIFY((stage.starts() == Clocks {0, 24000, 48000}));
+    QVERIFY((stage.starts() == Clocks{0, 24000, 48000}));
 }
 
 void tst_NoteScheduler::movesTheOriginAtATempo()
 {
     Stage stage;
-    TrackInfo info = playing({TrackEvent::makeTempo(3024, 1, 4, 240), quarter(60, 3024),
-                              quarter(60, 6048)});
+    TrackInfo info =
+        playing({TrackEvent::makeTempo(3024, 1, 4, 240), quarter(60, 3024), quarter(60, 6048)});
     QCOMPARE(stage.scheduleAt(0, info), 2);
     QCOMPARE(info.originDsp, quint64(2400));
     QCOMPARE(info.originTick, quint64(3024));
     QCOMPARE(info.ticksPerMinute, quint64(7257600));
-    QVERIFY((stage.starts() == Clocks {2400, 3600}));
+    QVERIFY((stage.starts() == Clocks{2400, 3600}));
     QCOMPARE(stage.notes.at(0).releaseDsp, quint64(14400));
 }
 
@@ -228,7 +227,7 @@ void tst_NoteScheduler::takesTheHorizonFromTheTempoAtThePassBeginning()
     QCOMPARE(stage.scheduleAt(0, info), 0);
     QCOMPARE(info.nextEvent, 1U);
     QCOMPARE(stage.scheduleAt(1, info), 1);
-    QVERIFY((stage.starts() == Clocks {3600}));
+    QVERIFY((stage.starts() == Clocks{3600}));
 }
 
 void tst_NoteScheduler::appliesTemposBeforeTheOriginWithoutMovingIt()
@@ -241,14 +240,14 @@ void tst_NoteScheduler::appliesTemposBeforeTheOriginWithoutMovingIt()
     QCOMPARE(stage.scheduleAt(1000, info), 1);
     QCOMPARE(info.originDsp, quint64(1000));
     QCOMPARE(info.originTick, quint64(120000));
-    QVERIFY((stage.starts() == Clocks {1380}));
+    QVERIFY((stage.starts() == Clocks{1380}));
 }
 
 void tst_NoteScheduler::passesOverMutedNotesAndGoesOn()
 {
     Stage stage;
-    TrackInfo info = playing({quarter(60, 0), TrackEvent::makeTempo(3024, 1, 4, 240),
-                              quarter(99, 3024)});
+    TrackInfo info =
+        playing({quarter(60, 0), TrackEvent::makeTempo(3024, 1, 4, 240), quarter(99, 3024)});
     info.muted = true;
     QCOMPARE(stage.scheduleAt(0, info), 0);
     QVERIFY(info.isScheduled());
@@ -262,7 +261,7 @@ void tst_NoteScheduler::passesOverLateNotes()
     TrackInfo info = playing({quarter(99, 0), quarter(60, 3024)});
     QCOMPARE(stage.scheduleAt(1, info), 1);
     QVERIFY(info.isScheduled());
-    QVERIFY((stage.starts() == Clocks {2400}));
+    QVERIFY((stage.starts() == Clocks{2400}));
 }
 
 void tst_NoteScheduler::playsANoteThatStartsNow()
@@ -279,7 +278,7 @@ void tst_NoteScheduler::passesOverNotesBeforeTheOrigin()
     info.originTick = 30240;
     QCOMPARE(stage.scheduleAt(0, info), 1);
     QCOMPARE(stage.notes.front().eventIndex, 2U);
-    QVERIFY((stage.starts() == Clocks {0}));
+    QVERIFY((stage.starts() == Clocks{0}));
 }
 
 void tst_NoteScheduler::passesOverOtherEvents()
@@ -304,8 +303,8 @@ void tst_NoteScheduler::loadsAllBeforeItPlaysAny()
 void tst_NoteScheduler::leavesAllAsItWasWhenItThrows()
 {
     Stage stage;
-    TrackInfo info = playing({TrackEvent::makeTempo(0, 1, 4, 60), quarter(60, 0), quarter(99, 1),
-                              quarter(60, 2)});
+    TrackInfo info = playing(
+        {TrackEvent::makeTempo(0, 1, 4, 60), quarter(60, 0), quarter(99, 1), quarter(60, 2)});
     QCOMPARE(stage.messageAt(0, info), QStringLiteral("Invalid note index"));
     QCOMPARE(stage.scheduler.failedEvent(), 2U);
     QCOMPARE(info.nextEvent, 0U);
@@ -330,7 +329,10 @@ void tst_NoteScheduler::passesOverTheEventsItIsTold()
 void tst_NoteScheduler::throwsWhatLoadingThrows()
 {
     Stage stage;
-    TrackInfo info = playing({quarter(60, 0), quarter(64, 1)});
+    TrackInfo info = playing({TrackEvent::makeKey(0, 7, 0), quarter(60, 0)});
+    info.instrument = Instrument::fromBytes(QStringLiteral("harp"),
+                                            "{\"mapping\": {\"60\": {\"file\": \"c\", \"f\": 1}}}",
+                                            QStringLiteral("pak://nowhere"));
     QCOMPARE(stage.messageAt(0, info), QStringLiteral("Invalid pak:// filename"));
     QCOMPARE(stage.scheduler.failedEvent(), 1U);
     QVERIFY(stage.notes.empty());
@@ -354,9 +356,8 @@ void tst_NoteScheduler::keepsASilentNoteWithoutASound()
     QVERIFY(!stage.notes.at(0).channel);
     QVERIFY(!stage.notes.at(1).channel);
     QCOMPARE(stage.notes.at(1).eventIndex, 1U);
-    QCOMPARE(stage.fake.functions(),
-             QStringList(QStringLiteral("FMOD_System_CreateSound")));
-    QVERIFY((stage.failures == std::vector<FMOD_RESULT> {FMOD_ERR_FILE_NOTFOUND}));
+    QCOMPARE(stage.fake.functions(), QStringList(QStringLiteral("FMOD_System_CreateSound")));
+    QVERIFY((stage.failures == std::vector<FMOD_RESULT>{FMOD_ERR_FILE_NOTFOUND}));
 }
 
 void tst_NoteScheduler::keepsASilentNoteWithoutAChannel()
@@ -367,7 +368,7 @@ void tst_NoteScheduler::keepsASilentNoteWithoutAChannel()
     QCOMPARE(stage.scheduleAt(0, info), 2);
     QVERIFY(!stage.notes.at(0).channel);
     QVERIFY(stage.notes.at(1).channel);
-    QVERIFY((stage.failures == std::vector<FMOD_RESULT> {FMOD_ERR_CHANNEL_ALLOC}));
+    QVERIFY((stage.failures == std::vector<FMOD_RESULT>{FMOD_ERR_CHANNEL_ALLOC}));
 }
 
 void tst_NoteScheduler::leavesTheRateWhenItCannotBeRead()

@@ -36,7 +36,7 @@ public:
     FakeFmod fake;
     FMOD::System *system = nullptr;
     std::vector<FMOD_RESULT> results;
-    SoundCache cache {[this](FMOD_RESULT result) { results.push_back(result); }};
+    SoundCache cache{[this](FMOD_RESULT result) { results.push_back(result); }};
 };
 
 QString packageWith(const QTemporaryDir &dir, const QString &path, const QByteArray &contents)
@@ -84,8 +84,8 @@ void tst_SoundCache::passesTheNameInTheLocalEncoding()
     const QString path = QString::fromUtf8("/spiel/fl\xC3\xB6te.ogg");
     stage.sound(path);
     const QString expected = QString::fromLocal8Bit(path.toLocal8Bit());
-    QVERIFY(stage.fake.calls().constFirst().contains(QLatin1Char('"') + expected
-                                                     + QLatin1Char('"')));
+    QVERIFY(
+        stage.fake.calls().constFirst().contains(QLatin1Char('"') + expected + QLatin1Char('"')));
     stage.cache.releaseAll();
 }
 
@@ -132,7 +132,7 @@ void tst_SoundCache::remembersASoundThatCouldNotBeMade()
     QVERIFY(!stage.sound(QStringLiteral("/missing.ogg")));
     QVERIFY(!stage.sound(QStringLiteral("/missing.ogg")));
     QCOMPARE(stage.fake.calls().size(), 1);
-    QVERIFY((stage.results == std::vector<FMOD_RESULT> {FMOD_ERR_FILE_NOTFOUND}));
+    QVERIFY((stage.results == std::vector<FMOD_RESULT>{FMOD_ERR_FILE_NOTFOUND}));
     stage.cache.releaseAll();
     QCOMPARE(stage.fake.calls().size(), 1);
 }
@@ -146,8 +146,9 @@ void tst_SoundCache::releasesAllAndForgets()
     stage.cache.releaseAll();
     QStringList calls = stage.fake.calls();
     calls.sort();
-    QCOMPARE(calls, QStringList() << QStringLiteral("FMOD_Sound_Release(sound1)")
-                                  << QStringLiteral("FMOD_Sound_Release(sound2)"));
+    QCOMPARE(calls,
+             QStringList() << QStringLiteral("FMOD_Sound_Release(sound1)")
+                           << QStringLiteral("FMOD_Sound_Release(sound2)"));
     stage.fake.clearCalls();
     stage.cache.releaseAll();
     QCOMPARE(stage.fake.calls(), QStringList());

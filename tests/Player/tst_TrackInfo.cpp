@@ -66,12 +66,14 @@ void tst_TrackInfo::convertsTicksToFrames_data()
     QTest::addColumn<quint64>("frame");
 
     QTest::newRow("beginning") << quint64(3628800) << 48000 << quint64(0) << quint64(0);
-    QTest::newRow("quarter at 120") << quint64(3628800) << 48000 << quint64(30240) << quint64(24000);
+    QTest::newRow("quarter at 120")
+        << quint64(3628800) << 48000 << quint64(30240) << quint64(24000);
     QTest::newRow("whole at 120") << quint64(3628800) << 48000 << quint64(120960) << quint64(96000);
     QTest::newRow("0.79 is cut off") << quint64(3628800) << 48000 << quint64(1) << quint64(0);
     QTest::newRow("1.59 is cut off") << quint64(3628800) << 48000 << quint64(2) << quint64(1);
     QTest::newRow("79.37 is cut off") << quint64(3628800) << 48000 << quint64(100) << quint64(79);
-    QTest::newRow("quarter at 240") << quint64(7257600) << 48000 << quint64(30240) << quint64(12000);
+    QTest::newRow("quarter at 240")
+        << quint64(7257600) << 48000 << quint64(30240) << quint64(12000);
     QTest::newRow("quarter at 90") << quint64(2721600) << 48000 << quint64(30240) << quint64(32000);
     QTest::newRow("44.1 kHz") << quint64(3628800) << 44100 << quint64(30240) << quint64(22050);
     QTest::newRow("1 tick a minute") << quint64(1) << 48000 << quint64(2) << quint64(5760000);
