@@ -1,0 +1,88 @@
+#include "Player/ActiveNote.h"
+
+#include <algorithm>
+
+namespace {
+
+/// One pass over one note after the other.
+class FadePass {
+public:
+    FadePass(quint64 now, const FmodCheck &check, NoteObserver *observer)
+        : m_now(now)
+        , m_check(check)
+        , m_observer(observer)
+    {
+    }
+
+    /// Whether the note is over.
+    bool finishes(ActiveNote &note) const
+    {
+        const bool pressedNow = press(note);
+        if (m_now < note.releaseDsp)
+            return false;
+        if (!pressedNow)
+            release(note);
+        if (m_now <= note.fadeEndDsp) {
+            fade(note);
+            return false;
+        }
+        stop(note);
+        release(note);
+        return true;
+    }
+
+private:
+    bool press(ActiveNote &note) const
+    {
+        if (note.pressed || m_now < note.startDsp)
+            return false;
+        note.pressed = true;
+        if (m_observer)
+            m_observer->notePressed(note.trackId, note.eventIndex);
+        return true;
+    }
+
+    void release(ActiveNote &note) const
+    {
+        if (note.released)
+            return;
+        note.released = true;
+        if (m_observer)
+            m_observer->noteReleased(note.trackId, note.eventIndex);
+    }
+
+    void fade(const ActiveNote &note) const
+    {
+        if (note.channel)
+            m_check(note.channel->setVolume(note.volume * remaining(note)));
+    }
+
+    float remaining(const ActiveNote &note) const
+    {
+        const quint64 elapsed = m_now - note.releaseDsp;
+        if (elapsed >= note.fadeSamples)
+            return 0.0F;
+        return static_cast<float>(
+            1.0 - static_cast<double>(elapsed) / static_cast<double>(note.fadeSamples));
+    }
+
+    void stop(const ActiveNote &note) const
+    {
+        if (note.channel)
+            m_check(note.channel->stop());
+    }
+
+    quint64 m_now;
+    const FmodCheck &m_check;
+    NoteObserver *m_observer;
+};
+
+} // namespace
+
+void fadeAndStop(ActiveNotes &notes, quint64 now, const FmodCheck &check, NoteObserver *observer)
+{
+    const FadePass pass(now, check, observer);
+    const auto finished = std::remove_if(notes.begin(), notes.end(),
+                                         [&pass](ActiveNote &note) { return pass.finishes(note); });
+    notes.erase(finished, notes.end());
+}

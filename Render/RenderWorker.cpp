@@ -1,0 +1,244 @@
+#include "Render/RenderWorker.h"
+
+#include "Player/DspClock.h"
+#include "Sound/WaveOutput.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QThread>
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <utility>
+
+namespace {
+
+constexpr int Channels = 2048;
+
+/// What `action` throws, as a message to show.
+template <typename Action> std::optional<QString> failureOf(Action action)
+{
+    try {
+        action();
+        return std::nullopt;
+    } catch (const QString &message) {
+        return message;
+    } catch (const std::exception &exception) {
+        return QString::fromLocal8Bit(exception.what());
+    } catch (...) {
+        return QStringLiteral("Unknown error.");
+    }
+}
+
+QString textOf(FMOD_RESULT result)
+{
+    return QString::fromLatin1(FMOD::errorString(result));
+}
+
+/// The clock at which the last event of the track and its fade are over.
+quint64 endOf(TrackInfo info, int rate)
+{
+    quint64 end = 0;
+    const QVector<TrackEvent> events = info.track.events();
+    for (const TrackEvent &event : events) {
+        end = std::max(end, info.dspOfTick(DspClock::sum(event.time(), event.duration()), rate));
+        if (event.type() == TrackEvent::Tempo)
+            info.passTempo(event, rate);
+    }
+    return DspClock::sum(end, DspClock::frames(info.instrument.fadeout(), rate));
+}
+
+} // namespace
+
+RenderWorker::RenderWorker(const QString &fileName)
+    : m_fileName(fileName)
+    , m_sounds(check())
+    , m_scheduler(m_sounds, check(),
+                  [this](const InstrumentSample &sample) { return chooseFile(sample); })
+{
+}
+
+void RenderWorker::addTrack(const Track &track, const Instrument &instrument, float volume,
+                            float pan)
+{
+    TrackInfo info;
+    info.track = track;
+    info.instrument = instrument;
+    info.ticksPerMinute = track.ticksPerMinute();
+    info.volume = volume;
+    info.pan = pan;
+    m_tracks.push_back(std::move(info));
+    m_totalTicks = std::max(m_totalTicks, track.length());
+}
+
+void RenderWorker::render()
+{
+    RenderResult result;
+    const std::optional<QString> message = failureOf([&] { result = renderFile(); });
+    if (message)
+        dropOutput();
+    deleteLater();
+    if (message) {
+        emit renderFailed(*message);
+        return;
+    }
+    emit measured(result);
+    emit finished();
+}
+
+RenderResult RenderWorker::renderFile()
+{
+    createSystem();
+    openOutput();
+    mixTracks();
+    return closeOutput();
+}
+
+void RenderWorker::createSystem()
+{
+    const FMOD_RESULT result = FMOD::System_Create(&m_system);
+    checkErrors(result);
+    if (result != FMOD_OK)
+        m_system = nullptr;
+    if (!m_system)
+        throw QStringLiteral("Could not start the sound system: %1").arg(textOf(result));
+}
+
+void RenderWorker::openOutput()
+{
+    checkErrors(m_system->setSoftwareChannels(Channels));
+    checkErrors(m_system->setOutput(FMOD_OUTPUTTYPE_WAVWRITER_NRT));
+    m_touchesFile = !QFileInfo::exists(m_fileName);
+    QByteArray fileName = m_fileName.toLocal8Bit();
+    const FMOD_RESULT result =
+        m_system->init(Channels, FMOD_INIT_STREAM_FROM_UPDATE, fileName.data());
+    checkErrors(result);
+    if (result != FMOD_OK)
+        throw failure(result);
+    m_touchesFile = true;
+}
+
+void RenderWorker::mixTracks()
+{
+    PassClock clock = PassClock::of(*m_system, check());
+    requireEnd(clock);
+    while (!m_tracks.empty() || !m_notes.empty()) {
+        scheduleTracks(clock);
+        fadeAndStop(m_notes, clock.now, check());
+        clock = advance(clock);
+    }
+}
+
+void RenderWorker::requireEnd(const PassClock &clock) const
+{
+    if (clock.rate <= 0)
+        throw failure(QStringLiteral("The output has no sample rate."));
+    const quint64 limit = DspClock::frames(MaximumHours * 3600.0, clock.rate);
+    for (const TrackInfo &info : m_tracks) {
+        if (endOf(info, clock.rate) > limit)
+            throw failure(
+                QStringLiteral("It would sound for more than %1 hours.").arg(MaximumHours));
+    }
+}
+
+void RenderWorker::scheduleTracks(const PassClock &clock)
+{
+    quint64 currentTick = std::numeric_limits<quint64>::max();
+    for (auto info = m_tracks.begin(); info != m_tracks.end();) {
+        currentTick = std::min(currentTick, info->tickOfDsp(clock.horizon(), clock.rate));
+        if (info->isScheduled()) {
+            info = m_tracks.erase(info);
+            continue;
+        }
+        m_noteCount +=
+            static_cast<quint64>(m_scheduler.schedule(*m_system, QString(), *info, clock, m_notes));
+        emit progress(currentTick, m_totalTicks);
+        ++info;
+    }
+}
+
+PassClock RenderWorker::advance(const PassClock &clock)
+{
+    if (QThread::currentThread()->isInterruptionRequested())
+        throw QStringLiteral("The rendering was cancelled.");
+    const FMOD_RESULT result = m_system->update();
+    checkErrors(result);
+    const PassClock next = PassClock::of(*m_system, check());
+    if (next.now > clock.now)
+        return next;
+    throw result == FMOD_OK ? failure(QStringLiteral("The output stands still.")) : failure(result);
+}
+
+RenderResult RenderWorker::closeOutput()
+{
+    const int rate = DspClock::rate(*m_system, check());
+    const std::optional<WaveOutput::Report> report = WaveOutput::report(*m_system);
+    const FMOD_RESULT released = releaseSystem();
+    if (released != FMOD_OK) {
+        throw failure(released);
+    }
+    RenderResult result;
+    result.notes = m_noteCount;
+    if (report) {
+        result.frames = report->frames;
+        result.seconds = static_cast<double>(report->frames) / rate;
+        result.peak = report->peak;
+        result.clipped = report->clipped;
+    }
+    return result;
+}
+
+void RenderWorker::dropOutput()
+{
+    m_tracks.clear();
+    m_notes.clear();
+    const bool abandoned = m_system && WaveOutput::abandon(*m_system);
+    if (m_system)
+        releaseSystem();
+    if (m_touchesFile && !abandoned)
+        removeFile();
+}
+
+FMOD_RESULT RenderWorker::releaseSystem()
+{
+    m_sounds.releaseAll();
+    const FMOD_RESULT result = m_system->release();
+    checkErrors(result);
+    m_system = nullptr;
+    return result;
+}
+
+/// Leaves devices, pipes and directories alone.
+void RenderWorker::removeFile() const
+{
+    if (QFileInfo(m_fileName).isFile())
+        QFile::remove(m_fileName);
+}
+
+QString RenderWorker::chooseFile(const InstrumentSample &sample)
+{
+    const auto count = static_cast<quint32>(sample.files().size());
+    return count == 0 ? QString() : sample.files().at(static_cast<int>(m_random() % count));
+}
+
+QString RenderWorker::failure(const QString &reason) const
+{
+    return QStringLiteral("Could not write %1: %2").arg(m_fileName, reason);
+}
+
+QString RenderWorker::failure(FMOD_RESULT result) const
+{
+    return failure(textOf(result));
+}
+
+FmodCheck RenderWorker::check() const
+{
+    return [this](FMOD_RESULT result) { checkErrors(result); };
+}
+
+void RenderWorker::checkErrors(FMOD_RESULT result) const
+{
+    logFmodError("Render/RenderWorker", "void RenderWorker::checkErrors(FMOD_RESULT) const",
+                 result);
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "cli/Command.h"
+
+/// All commands, in the order of the help.
+const QVector<Command> &commands();
+
+Command eventsCommand();
+Command abcCommand();
+Command renderCommand();
+Command instrumentsCommand();
+Command pakListCommand();
+Command pakGetCommand();
+Command pakHasCommand();
+Command pakPackCommand();
+Command demoGameCommand();

@@ -1,0 +1,110 @@
+#include "cli/Console.h"
+
+#include "model/FileNameCodec.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include <poll.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int ProgressIntervalMs = 100;
+
+Console *logConsole = nullptr;
+
+void waitUntilWritable(int descriptor)
+{
+    pollfd entry = {descriptor, POLLOUT, 0};
+    poll(&entry, 1, -1);
+}
+
+/// 0, or the error number of the write that failed.
+int writeAll(int descriptor, const QByteArray &bytes)
+{
+    const char *next = bytes.constData();
+    const char *const end = next + bytes.size();
+    while (next < end) {
+        const ssize_t written = ::write(descriptor, next, static_cast<size_t>(end - next));
+        if (written >= 0)
+            next += written;
+        else if (errno == EAGAIN || errno == EWOULDBLOCK)
+            waitUntilWritable(descriptor);
+        else if (errno != EINTR)
+            return errno;
+    }
+    return 0;
+}
+
+void logMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
+{
+    if (type != QtDebugMsg && type != QtInfoMsg)
+        logConsole->message(text.trimmed());
+}
+
+} // namespace
+
+Console::Console(int output, int error)
+    : m_output(output)
+    , m_error(error)
+    , m_isTerminal(isatty(error) == 1)
+{
+}
+
+Console::~Console()
+{
+    clearProgress();
+    if (m_takesLog)
+        qInstallMessageHandler(nullptr);
+}
+
+void Console::write(const QByteArray &bytes)
+{
+    const std::lock_guard lock(m_mutex);
+    clearProgressLocked();
+    const int error = writeAll(m_output, bytes);
+    if (error == EPIPE)
+        throw ClosedOutput{};
+    if (error != 0)
+        throw QStringLiteral("Could not write to standard output: %1")
+            .arg(QString::fromLocal8Bit(std::strerror(error)));
+}
+
+void Console::message(const QString &text)
+{
+    const std::lock_guard lock(m_mutex);
+    clearProgressLocked();
+    writeAll(m_error, "quillmoor-cli: " + FileNameCodec::encode(text) + '\n');
+}
+
+void Console::progress(const QString &text)
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_isTerminal
+        || (m_sinceProgress.isValid() && !m_sinceProgress.hasExpired(ProgressIntervalMs)))
+        return;
+    m_sinceProgress.start();
+    m_progressShown = true;
+    writeAll(m_error, '\r' + FileNameCodec::encode(text) + "\x1b[K");
+}
+
+void Console::clearProgress()
+{
+    const std::lock_guard lock(m_mutex);
+    clearProgressLocked();
+}
+
+void Console::takeLog()
+{
+    logConsole = this;
+    m_takesLog = true;
+    qInstallMessageHandler(logMessage);
+}
+
+void Console::clearProgressLocked()
+{
+    if (m_progressShown)
+        writeAll(m_error, QByteArrayLiteral("\r\x1b[K"));
+    m_progressShown = false;
+}

@@ -1,0 +1,110 @@
+#include "cli/Files.h"
+
+#include "cli/Signals.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <optional>
+
+#include <sys/stat.h>
+
+namespace {
+
+constexpr int MaxSize = 256 * 1024 * 1024;
+constexpr int ChunkSize = 64 * 1024;
+
+std::optional<struct stat> status(const QString &path)
+{
+    struct stat result = {};
+    if (stat(QFile::encodeName(path).constData(), &result) != 0)
+        return std::nullopt;
+    return result;
+}
+
+[[noreturn]] void throwWriteError(const QString &path, const QFileDevice &file)
+{
+    throw QStringLiteral("Could not write %1: %2").arg(path, file.errorString());
+}
+
+void replaceFile(const QString &path, const QByteArray &bytes)
+{
+    const SignalHold hold;
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+        throwWriteError(path, file);
+}
+
+void writeThrough(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
+        || file.write(bytes) != bytes.size())
+        throwWriteError(path, file);
+}
+
+void openForReading(QFile &file, const QString &path)
+{
+    const bool isOpen = path == QLatin1String("-")
+        ? file.open(stdin, QIODevice::ReadOnly | QIODevice::Unbuffered)
+        : file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    if (!isOpen)
+        throw QStringLiteral("Could not open file.");
+}
+
+enum class End { OfFile, OfText };
+
+/// In chunks, so that memory follows what is there: a device has no size.
+QByteArray readUntil(const QString &path, End end)
+{
+    QFile file(path);
+    openForReading(file, path);
+    QByteArray bytes;
+    QByteArray chunk(ChunkSize, Qt::Uninitialized);
+    while (true) {
+        const qint64 got = file.read(chunk.data(), chunk.size());
+        if (got < 0)
+            throw QStringLiteral("Could not open file.");
+        const int nul = end == End::OfText ? chunk.left(static_cast<int>(got)).indexOf('\0') : -1;
+        bytes.append(chunk.constData(), nul >= 0 ? nul : static_cast<int>(got));
+        if (bytes.size() > MaxSize)
+            throw QStringLiteral("The file is too large.");
+        if (got == 0 || nul >= 0)
+            return bytes;
+    }
+}
+
+} // namespace
+
+void Files::write(const QString &path, const QByteArray &bytes)
+{
+    // Renaming over a device would replace it.
+    if (isSpecial(path))
+        writeThrough(path, bytes);
+    else
+        replaceFile(path, bytes);
+}
+
+QByteArray Files::read(const QString &path)
+{
+    return readUntil(path, End::OfFile);
+}
+
+QByteArray Files::readText(const QString &path)
+{
+    return readUntil(path, End::OfText);
+}
+
+bool Files::areSame(const QString &path, const QString &other)
+{
+    const auto a = status(path);
+    const auto b = status(other);
+    return a && b && a->st_dev == b->st_dev && a->st_ino == b->st_ino;
+}
+
+bool Files::isSpecial(const QString &path)
+{
+    const auto found = status(path);
+    return found && !S_ISREG(found->st_mode) && !S_ISDIR(found->st_mode);
+}

@@ -1,0 +1,425 @@
+#include "ProgramRun.h"
+#include "SmallGame.h"
+
+#include <QDir>
+#include <QtTest>
+
+#include <csignal>
+#include <cstdlib>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+class tst_RenderCommand : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+
+    void tuneBecomesAWaveFile();
+    void sameTuneGivesTheSameBytes();
+    void volumeApplies();
+    void panApplies();
+    void optionsApplyToTheFilesAfterThem();
+    void instrumentIsChosenAsInTheMainWindow_data();
+    void instrumentIsChosenAsInTheMainWindow();
+    void unknownInstrumentIsAFailure();
+    void modsAreOnlyTakenOnRequest();
+    void unmappedNoteIsNamed();
+    void unmappedNotesOfAllFilesAreNamed();
+    void unmappedNotesMayBeSkipped();
+    void failingFileStopsTheRender();
+    void wrongOutputIsRefused();
+    void unwritableOutputIsReported();
+    void badUsageIsRefused_data();
+    void badUsageIsRefused();
+    void withoutAGameThereIsAHint();
+    void emptyTuneGivesAnEmptyFile();
+    void progressIsShownOnATerminal();
+    void signalLeavesNothingBehind_data();
+    void signalLeavesNothingBehind();
+    void signalKeepsTheOldFile();
+
+private:
+    QString path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
+    QByteArray file(const char *name) const { return fileContents(path(name)); }
+    void tune(const char *name, const QByteArray &body);
+    QStringList arguments(const QStringList &more) const;
+    ProgramRun::Outcome run(const QStringList &more);
+
+    QTemporaryDir m_game;
+    QScopedPointer<QTemporaryDir> m_dir;
+};
+
+namespace {
+
+/// The icon that the test's game lacks.
+const QByteArray GameLog =
+    "quillmoor-cli: tryGetFile failed on /items/instruments/none.png: File not found\n"
+    "quillmoor-cli: No icon file found for instrument Drum!\n";
+
+constexpr int HeaderSize = 44;
+constexpr int BytesPerFrame = 4;
+
+struct Peaks {
+    int left = 0;
+    int right = 0;
+};
+
+Peaks peaks(const QByteArray &wave)
+{
+    Peaks result;
+    const auto *const samples = reinterpret_cast<const qint16 *>(wave.constData() + HeaderSize);
+    for (int i = 0; i < (wave.size() - HeaderSize) / BytesPerFrame; ++i) {
+        result.left = std::max(result.left, std::abs(int{samples[2 * i]}));
+        result.right = std::max(result.right, std::abs(int{samples[2 * i + 1]}));
+    }
+    return result;
+}
+
+QJsonObject object(const QByteArray &line)
+{
+    return QJsonDocument::fromJson(line).object();
+}
+
+/// A pseudo-terminal to be the program's standard error.
+class Terminal {
+public:
+    Terminal()
+        : m_master(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
+    {
+        grantpt(m_master);
+        unlockpt(m_master);
+        m_slave = open(ptsname(m_master), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    }
+    ~Terminal()
+    {
+        close(m_slave);
+        close(m_master);
+    }
+
+    int slave() const { return m_slave; }
+
+    /// Reads until `text` has come; false if that takes too long.
+    bool waitFor(const QByteArray &text)
+    {
+        pollfd entry = {m_master, POLLIN, 0};
+        while (!m_seen.contains(text)) {
+            QByteArray bytes(4096, '\0');
+            if (poll(&entry, 1, 60000) != 1)
+                return false;
+            const ssize_t got = read(m_master, bytes.data(), static_cast<size_t>(bytes.size()));
+            if (got <= 0)
+                return false;
+            m_seen += bytes.left(static_cast<int>(got));
+        }
+        return true;
+    }
+
+    QByteArray seen() const { return m_seen; }
+
+private:
+    int m_master;
+    int m_slave;
+    QByteArray m_seen;
+};
+
+/// Twenty hours.
+const QByteArray Endless =
+    "X:1\nT:Long\nM:4/4\nL:4/1\nQ:1/4=1\nK:C\n" + QByteArray("C ").repeated(75) + "\n";
+
+} // namespace
+
+void tst_RenderCommand::initTestCase()
+{
+    makeSmallGame(m_game.path());
+}
+
+void tst_RenderCommand::init()
+{
+    m_dir.reset(new QTemporaryDir);
+    tune("lute.abc", "I:instrument Lute\nK:C\nC ^C\n");
+    tune("plain.abc", "K:C\nC\n");
+}
+
+/// A quarter note at 120 lasts half a second.
+void tst_RenderCommand::tune(const char *name, const QByteArray &body)
+{
+    makeFile(path(name), "X:1\nT:A tune\nM:4/4\nL:1/4\nQ:1/4=120\n" + body);
+}
+
+QStringList tst_RenderCommand::arguments(const QStringList &more) const
+{
+    return args({"render", "--game"}) + QStringList(m_game.path()) + more;
+}
+
+ProgramRun::Outcome tst_RenderCommand::run(const QStringList &more)
+{
+    return ProgramRun(arguments(more)).workingDirectory(m_dir->path()).outcome();
+}
+
+void tst_RenderCommand::tuneBecomesAWaveFile()
+{
+    const ProgramRun::Outcome outcome = run(args({"out.wav", "lute.abc"}));
+    QCOMPARE(outcome.errors, GameLog);
+    QCOMPARE(outcome.status, 0);
+    const QJsonObject result = object(outcome.output);
+    const int frames = result.value(QStringLiteral("frames")).toInt();
+    // Two notes of half a second and a quarter of a second's fade; the end comes at a block.
+    QVERIFY2(frames >= 48000 && frames < 48000 + 12000 + 8 * 1024, outcome.output);
+    const QByteArray peak = outcome.output.mid(outcome.output.indexOf("\"peak\":") + 7);
+    QCOMPARE(outcome.output,
+             "{\"file\":\"out.wav\",\"seconds\":"
+                 + QByteArray::number(frames / 48000.0, 'g', QLocale::FloatingPointShortest)
+                 + ",\"frames\":" + QByteArray::number(frames) + ",\"notes\":2,\"peak\":" + peak);
+    QVERIFY(peak.endsWith(",\"clipped\":0}\n"));
+    QCOMPARE(file("out.wav").size(), HeaderSize + frames * BytesPerFrame);
+    QVERIFY(peaks(file("out.wav")).left > 1000);
+    QCOMPARE(listing(m_dir->path()), args({"lute.abc", "out.wav", "plain.abc"}));
+}
+
+void tst_RenderCommand::sameTuneGivesTheSameBytes()
+{
+    run(args({"a.wav", "lute.abc"}));
+    run(args({"b.wav", "lute.abc"}));
+    QVERIFY(file("a.wav").size() > HeaderSize);
+    QCOMPARE(file("a.wav"), file("b.wav"));
+}
+
+void tst_RenderCommand::volumeApplies()
+{
+    run(args({"full.wav", "plain.abc"}));
+    run(args({"half.wav", "--volume", "0.5", "plain.abc"}));
+    QVERIFY(run(args({"none.wav", "--volume=0", "plain.abc"})).output.contains("\"peak\":0.0,"));
+    QVERIFY(std::abs(peaks(file("full.wav")).left - 2 * peaks(file("half.wav")).left) <= 4);
+    QCOMPARE(peaks(file("none.wav")).left, 0);
+}
+
+void tst_RenderCommand::panApplies()
+{
+    run(args({"left.wav", "--pan", "-1", "plain.abc"}));
+    run(args({"right.wav", "--pan", "1", "plain.abc"}));
+    QVERIFY(peaks(file("left.wav")).left > 1000);
+    QCOMPARE(peaks(file("left.wav")).right, 0);
+    QCOMPARE(peaks(file("right.wav")).left, 0);
+    QVERIFY(peaks(file("right.wav")).right > 1000);
+}
+
+void tst_RenderCommand::optionsApplyToTheFilesAfterThem()
+{
+    run(args({"one.wav", "plain.abc"}));
+    run(args({"two.wav", "plain.abc", "--volume", "0", "plain.abc", "lute.abc"}));
+    QCOMPARE(peaks(file("two.wav")).left, peaks(file("one.wav")).left);
+}
+
+void tst_RenderCommand::instrumentIsChosenAsInTheMainWindow_data()
+{
+    QTest::addColumn<QByteArray>("header");
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QByteArray>("instrument");
+
+    QTest::newRow("first of the game") << QByteArray() << QStringList() << QByteArray("Drum");
+    QTest::newRow("header") << QByteArray("I:instrument Lute\n") << QStringList()
+                            << QByteArray("Lute");
+    QTest::newRow("header, case") << QByteArray("I:INSTRUMENT lUTE\n") << QStringList()
+                                  << QByteArray("Lute");
+    QTest::newRow("header, unknown")
+        << QByteArray("I:instrument Oboe\n") << QStringList() << QByteArray("Drum");
+    QTest::newRow("option") << QByteArray("I:instrument Lute\n") << args({"--instrument", "Drum"})
+                            << QByteArray("Drum");
+}
+
+void tst_RenderCommand::instrumentIsChosenAsInTheMainWindow()
+{
+    QFETCH(QByteArray, header);
+    QFETCH(QStringList, options);
+    QFETCH(QByteArray, instrument);
+    tune("a.abc", header + "K:C\nb\n"); // no instrument has that note
+    const ProgramRun::Outcome outcome = run(args({"out.wav"}) + options + args({"a.abc"}));
+    QVERIFY2(outcome.errors.contains("the instrument '" + instrument + "' has no note"),
+             outcome.errors);
+}
+
+void tst_RenderCommand::unknownInstrumentIsAFailure()
+{
+    COMPARE_OUTCOME(run(args({"out.wav", "--instrument", "lute", "plain.abc"})), 1, "",
+                    GameLog + "quillmoor-cli: Instrument 'lute' not found.\n");
+    QVERIFY(!QFile::exists(path("out.wav")));
+}
+
+void tst_RenderCommand::modsAreOnlyTakenOnRequest()
+{
+    QCOMPARE(run(args({"out.wav", "--instrument", "Whistle", "plain.abc"})).status, 1);
+    QCOMPARE(run(args({"out.wav", "--mods", "--instrument", "Whistle", "plain.abc"})).status, 0);
+}
+
+void tst_RenderCommand::unmappedNoteIsNamed()
+{
+    tune("a.abc", "I:instrument Lute\nK:C\nCCCC|CCC^c|\n");
+    COMPARE_OUTCOME(
+        run(args({"out.wav", "a.abc"})), 1, "",
+        GameLog
+            + "quillmoor-cli: a.abc: track 1, bar 2: the instrument 'Lute' has no note C#5 (73).\n"
+              "quillmoor-cli: Nothing was rendered; --skip-unmapped leaves such notes out.\n");
+    QVERIFY(!QFile::exists(path("out.wav")));
+}
+
+void tst_RenderCommand::unmappedNotesOfAllFilesAreNamed()
+{
+    tune("a.abc", "K:C\nDEF\n");
+    tune("b.abc", "K:C\nC|D|\n");
+    COMPARE_OUTCOME(
+        run(args({"out.wav", "a.abc", "plain.abc", "b.abc"})), 1, "",
+        GameLog
+            + "quillmoor-cli: a.abc: track 1, bar 1: the instrument 'Drum' has no note D4 (62) "
+              "(and 2 more).\n"
+              "quillmoor-cli: b.abc: track 1, bar 1: the instrument 'Drum' has no note D4 (62).\n"
+              "quillmoor-cli: Nothing was rendered; --skip-unmapped leaves such notes out.\n");
+}
+
+void tst_RenderCommand::unmappedNotesMayBeSkipped()
+{
+    tune("a.abc", "K:C\nCDEC\n");
+    const ProgramRun::Outcome outcome =
+        run(args({"--skip-unmapped", "out.wav", "a.abc", "plain.abc"}));
+    QCOMPARE(outcome.status, 0);
+    QVERIFY2(outcome.output.contains(",\"notes\":3,"), outcome.output);
+    QVERIFY2(outcome.output.endsWith(",\"skipped\":2}\n"), outcome.output);
+}
+
+void tst_RenderCommand::failingFileStopsTheRender()
+{
+    COMPARE_OUTCOME(run(args({"out.wav", "missing.abc", "plain.abc", "none.abc"})), 1, "",
+                    "quillmoor-cli: missing.abc: Could not open file.\n"
+                    "quillmoor-cli: none.abc: Could not open file.\n"
+                    "quillmoor-cli: Nothing was rendered.\n");
+    QVERIFY(!QFile::exists(path("out.wav")));
+}
+
+void tst_RenderCommand::wrongOutputIsRefused()
+{
+    const QByteArray before = file("plain.abc");
+    COMPARE_OUTCOME(run(args({"./plain.abc", "lute.abc", "plain.abc"})), 1, "",
+                    "quillmoor-cli: ./plain.abc is an input file.\n");
+    QCOMPARE(file("plain.abc"), before);
+    COMPARE_OUTCOME(run(args({"/dev/null", "plain.abc"})), 1, "",
+                    "quillmoor-cli: /dev/null is not a regular file.\n");
+    COMPARE_OUTCOME(run(args({".", "plain.abc"})), 1, "",
+                    "quillmoor-cli: . is not a regular file.\n");
+}
+
+void tst_RenderCommand::unwritableOutputIsReported()
+{
+    const ProgramRun::Outcome outcome = run(args({"nowhere/out.wav", "plain.abc"}));
+    QCOMPARE(outcome.status, 1);
+    QCOMPARE(outcome.output, QByteArray());
+    QVERIFY2(outcome.errors.size() > GameLog.size(), outcome.errors);
+}
+
+void tst_RenderCommand::badUsageIsRefused_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("problem");
+
+    QTest::newRow("no file")
+        << args({"out.wav"})
+        << QByteArray("Too few arguments. Usage: quillmoor-cli render [OPTION]... OUT.wav FILE...");
+    QTest::newRow("volume above 1") << args({"out.wav", "--volume", "1.1", "a"})
+                                    << QByteArray("--volume: '1.1' is not a number from 0 to 1.");
+    QTest::newRow("volume no number")
+        << args({"out.wav", "--volume", "loud", "a"})
+        << QByteArray("--volume: 'loud' is not a number from 0 to 1.");
+    QTest::newRow("pan below -1") << args({"out.wav", "--pan", "-1.1", "a"})
+                                  << QByteArray("--pan: '-1.1' is not a number from -1 to 1.");
+    QTest::newRow("option after the last file")
+        << args({"out.wav", "a", "--pan", "0"})
+        << QByteArray("--pan applies to the files after it, but none follows.");
+    QTest::newRow("standard output")
+        << args({"-", "plain.abc"}) << QByteArray("A wave file cannot go to standard output.");
+}
+
+void tst_RenderCommand::badUsageIsRefused()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, problem);
+    COMPARE_OUTCOME(run(arguments), 2, "",
+                    "quillmoor-cli: " + problem
+                        + "\nquillmoor-cli: Try 'quillmoor-cli render --help'.\n");
+}
+
+void tst_RenderCommand::withoutAGameThereIsAHint()
+{
+    const ProgramRun::Outcome outcome =
+        runProgram({QStringLiteral("render"), path("out.wav"), path("plain.abc")});
+    QCOMPARE(outcome.status, 1);
+    QVERIFY(outcome.errors.contains("--game DIR") && outcome.errors.contains("demo-game"));
+}
+
+void tst_RenderCommand::emptyTuneGivesAnEmptyFile()
+{
+    tune("a.abc", "K:C\n");
+    COMPARE_OUTCOME(run(args({"out.wav", "a.abc"})), 0,
+                    "{\"file\":\"out.wav\",\"seconds\":0.0,\"frames\":0,\"notes\":0,\"peak\":0.0,"
+                    "\"clipped\":0}\n",
+                    GameLog);
+    QCOMPARE(file("out.wav").size(), HeaderSize);
+}
+
+void tst_RenderCommand::progressIsShownOnATerminal()
+{
+    Terminal terminal;
+    ProgramRun program(arguments(args({"out.wav", "lute.abc"})));
+    program.workingDirectory(m_dir->path()).inChild([&] { dup2(terminal.slave(), STDERR_FILENO); });
+    program.start();
+    QVERIFY(terminal.waitFor("\rRendering out.wav: "));
+    QVERIFY(terminal.waitFor("%\x1b[K\r\x1b[K")); // shown and taken away
+    QCOMPARE(program.finish().status, 0);
+}
+
+void tst_RenderCommand::signalLeavesNothingBehind_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<int>("times");
+
+    QTest::newRow("Ctrl-C") << SIGINT << 1;
+    QTest::newRow("Ctrl-C twice") << SIGINT << 2;
+    QTest::newRow("SIGTERM") << SIGTERM << 1;
+    QTest::newRow("SIGHUP") << SIGHUP << 1;
+}
+
+void tst_RenderCommand::signalLeavesNothingBehind()
+{
+    QFETCH(int, signal);
+    QFETCH(int, times);
+    makeFile(path("long.abc"), Endless);
+    Terminal terminal;
+    ProgramRun program(arguments(args({"out.wav", "long.abc"})));
+    program.workingDirectory(m_dir->path()).inChild([&] { dup2(terminal.slave(), STDERR_FILENO); });
+    const QProcess &process = program.start();
+    QVERIFY(terminal.waitFor("\rRendering out.wav: "));
+    for (int i = 0; i < times; ++i)
+        kill(static_cast<pid_t>(process.processId()), signal);
+    const ProgramRun::Outcome outcome = program.finish();
+    QCOMPARE(outcome.status, 128 + signal);
+    QCOMPARE(outcome.output, QByteArray());
+    QCOMPARE(listing(m_dir->path()), args({"long.abc", "lute.abc", "plain.abc"}));
+}
+
+void tst_RenderCommand::signalKeepsTheOldFile()
+{
+    makeFile(path("long.abc"), Endless);
+    makeFile(path("out.wav"), "an older file");
+    Terminal terminal;
+    ProgramRun program(arguments(args({"out.wav", "long.abc"})));
+    program.workingDirectory(m_dir->path()).inChild([&] { dup2(terminal.slave(), STDERR_FILENO); });
+    const QProcess &process = program.start();
+    QVERIFY(terminal.waitFor("\rRendering out.wav: "));
+    kill(static_cast<pid_t>(process.processId()), SIGINT);
+    QCOMPARE(program.finish().status, 128 + SIGINT);
+    QCOMPARE(file("out.wav"), QByteArray("an older file"));
+}
+
+PROGRAM_TEST_MAIN(tst_RenderCommand)
+#include "tst_RenderCommand.moc"
