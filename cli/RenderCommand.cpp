@@ -67,6 +67,7 @@ void checkOutput(const QString &output, const QVector<Operand> &files)
 std::optional<Track> readTrack(const QString &file, Console &console)
 {
     try {
+        const Console::Subject subject(console, file);
         return Tunes::read(file);
     } catch (const QString &error) {
         console.message(QStringLiteral("%1: %2").arg(file, error));
