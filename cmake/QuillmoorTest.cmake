@@ -13,12 +13,22 @@ function(quillmoor_test folder class)
     set_tests_properties("${folder}.${class}" PROPERTIES
         LABELS "${folder}"
         TIMEOUT 300
-        ENVIRONMENT "${QUILLMOOR_TEST_ENVIRONMENT}")
+        ENVIRONMENT "${QUILLMOOR_TEST_ENVIRONMENT}"
+        ENVIRONMENT_MODIFICATION "${QUILLMOOR_TEST_ENVIRONMENT_CHANGES}")
 endfunction()
 
+# Nothing of the user's is read or written: no window, home folder or choice of sound.
 set(QUILLMOOR_TEST_ENVIRONMENT
     "QT_QPA_PLATFORM=offscreen"
-    "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/lsan.supp"
+    "HOME=${CMAKE_BINARY_DIR}/tests/home"
+    "XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/tests/runtime"
+    "LSAN_OPTIONS=suppressions='${CMAKE_SOURCE_DIR}/cmake/lsan.supp'"
     "ASAN_OPTIONS=fast_unwind_on_malloc=0:detect_leaks=1"
     "UBSAN_OPTIONS=print_stacktrace=1"
-    "TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/cmake/tsan.supp:halt_on_error=1")
+    "TSAN_OPTIONS=suppressions='${CMAKE_SOURCE_DIR}/cmake/tsan.supp':halt_on_error=1")
+set(QUILLMOOR_TEST_ENVIRONMENT_CHANGES
+    "QUILLMOOR_SOUND=unset:"
+    "QUILLMOOR_FMOD_LIBRARY=unset:"
+    "QUILLMOOR_GAME=unset:"
+    "XDG_DATA_HOME=unset:"
+    "XDG_CONFIG_HOME=unset:")

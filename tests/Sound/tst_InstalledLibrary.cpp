@@ -82,6 +82,7 @@ private slots:
     void aSoundFromMemoryHasMode0x948AndARecordOf216Bytes();
     void garbageInTheRecordWouldShow();
     void aSoundIsReleased();
+    void aReleasedSoundTakesNoMemory();
     void aSoundThatTheLibraryKeepsMayBeReleasedAgain();
     void aChannelGroupIsNamed();
     void aChannelGroupIsReleased();
@@ -281,6 +282,16 @@ void tst_InstalledLibrary::aSoundIsReleased()
     COMPARE_CALL(scene.fake, "FMOD_Sound_Release(sound1)");
 }
 
+void tst_InstalledLibrary::aReleasedSoundTakesNoMemory()
+{
+    InstalledSound::Owner owner;
+    FMOD::Sound *const sound =
+        InstalledSound::make(owner, nullptr, [](RawSound *) { return FMOD_OK; });
+    QCOMPARE(owner.size(), std::size_t(1));
+    QCOMPARE(sound->release(), FMOD_OK);
+    QCOMPARE(owner.size(), std::size_t(0));
+}
+
 void tst_InstalledLibrary::aSoundThatTheLibraryKeepsMayBeReleasedAgain()
 {
     Scene scene;
@@ -461,7 +472,7 @@ void tst_InstalledLibrary::aFailedCreateLeavesANullSystem()
     Scene scene;
     FMOD::System *system = scene.system.get();
     scene.fake.fail(QStringLiteral("FMOD_System_Create"), 1, 43);
-    QCOMPARE(FMOD::System_Create(&system), FMOD_ERR_MEMORY);
+    QCOMPARE(InstalledLibrary::find()->createSystem(&system), FMOD_ERR_MEMORY);
     QCOMPARE(system, nullptr);
 }
 
@@ -708,15 +719,16 @@ void tst_InstalledLibrary::numberedFilesComeInOrder()
 {
     const QTemporaryDir first;
     const QTemporaryDir second;
-    const QStringList inFirst{QStringLiteral("libfmodex-4.44.64.so"),
-                              QStringLiteral("libfmodex64-4.44.9.so"),
-                              QStringLiteral("libfmodex64.so.4")};
+    const QStringList inFirst{
+        QStringLiteral("libfmodex-4.44.64.so"), QStringLiteral("libfmodex64-4.44.9.so"),
+        QStringLiteral("libfmodex64.so.4"), QStringLiteral("libfmodex64.so.10")};
     for (const QString &name : inFirst)
         touch(first.filePath(name));
     touch(second.filePath(QStringLiteral("libfmodex64-4.44.61.so")));
     touch(second.filePath(QStringLiteral("libfmodex64-4.44.9.so")));
     touch(second.filePath(QStringLiteral("libfmodex64.so")));
-    const QStringList expected{second.filePath(QStringLiteral("libfmodex64-4.44.61.so")),
+    const QStringList expected{first.filePath(QStringLiteral("libfmodex64.so.10")),
+                               second.filePath(QStringLiteral("libfmodex64-4.44.61.so")),
                                first.filePath(QStringLiteral("libfmodex64-4.44.9.so")),
                                second.filePath(QStringLiteral("libfmodex64-4.44.9.so")),
                                first.filePath(QStringLiteral("libfmodex64.so.4")),

@@ -1,0 +1,78 @@
+#!/bin/bash
+# Installs what is missing, builds the program, makes the demo game and runs the main job: a
+# demo song is rendered to a wave file. Where there is a display and the window program is part
+# of the build, that is started instead.
+#
+#   scripts/run.sh
+set -euo pipefail
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+build=$root/build/release
+data=${XDG_DATA_HOME:-${HOME:-$root/build}/.local/share}/quillmoor-composer
+cli=$build/quillmoor-cli
+window=$build/quillmoor-composer
+
+build_programs() {
+    local folder targets=()
+    for folder in cli app; do
+        if [ -f "$root/$folder/CMakeLists.txt" ]; then
+            targets+=("$folder/all")
+        fi
+    done
+    (cd "$root" && cmake --preset release >"$root/build/configure.log") || {
+        cat "$root/build/configure.log"
+        return 1
+    }
+    cmake --build "$build" --target "${targets[@]}"
+}
+
+# Makes the demo game and its songs anew when another program made those that are there.
+make_demo() {
+    local stamp
+    stamp=$(sha256sum <"$cli")
+    if [ "$stamp" = "$(cat "$data/demo-stamp" 2>/dev/null)" ]; then
+        return
+    fi
+    echo "Making the demo game in $data/demo-game"
+    mkdir -p "$data"
+    rm -rf "$data/demo.new"
+    "$cli" demo-game "$data/demo.new/game" --songs "$data/demo.new/songs"
+    rm -rf "$data/demo-stamp" "$data/demo-game" "$data/demo-songs"
+    mv "$data/demo.new/game" "$data/demo-game"
+    mv "$data/demo.new/songs" "$data/demo-songs"
+    rmdir "$data/demo.new"
+    echo "$stamp" >"$data/demo-stamp"
+}
+
+# The folder of the first demo song in parts; its name is the song's.
+demo_song() {
+    local folder parts
+    for folder in "$data"/demo-songs/*/; do
+        parts=("$folder"*.abc)
+        if [ -e "${parts[0]}" ]; then
+            echo "${folder%/}"
+            return
+        fi
+    done
+    echo "There is no demo song in $data/demo-songs." >&2
+    return 1
+}
+
+render_demo_song() {
+    local song wave report seconds
+    song=$(demo_song)
+    wave=$root/build/$(basename "$song").wav
+    report=$("$cli" render "$wave" "$song"/*.abc --game "$data/demo-game")
+    seconds=$(sed -n 's/.*"seconds":\([0-9.]*\).*/\1/p' <<<"$report")
+    echo
+    echo "Rendered the demo song to $wave"
+    echo "Length: $seconds seconds"
+}
+
+"$root/scripts/setup.sh" run
+mkdir -p "$root/build"
+build_programs
+make_demo
+if [ -x "$window" ] && [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+    exec "$window"
+fi
+render_demo_song
