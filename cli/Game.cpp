@@ -18,7 +18,7 @@ bool isGame(const QString &path)
 QString usualDirectory()
 {
     for (const QString &home : QStandardPaths::standardLocations(QStandardPaths::HomeLocation)) {
-        const QString candidate = home + QStringLiteral("/.steam/root/SteamApps/common/Quillmoor");
+        QString candidate = home + QStringLiteral("/.steam/root/SteamApps/common/Quillmoor");
         if (isGame(candidate))
             return candidate;
     }

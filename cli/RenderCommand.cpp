@@ -151,7 +151,7 @@ void waitFor(TrackRenderer &renderer)
     renderer.start();
     loop.exec();
     if (!failure.isEmpty())
-        throw failure;
+        throw QString(failure);
 }
 
 RenderResult renderParts(const QString &output, const QVector<Part> &parts, Console &console)
@@ -208,7 +208,7 @@ QVector<Part> readParts(const QVector<Operand> &files, const OptionValues &optio
 
 int run(const Arguments &arguments, Console &console)
 {
-    const QString output = arguments.operand(0);
+    const QString &output = arguments.operand(0);
     const QVector<Operand> files = arguments.operands().mid(1);
     checkOutput(output, files);
     QVector<Part> parts = readParts(files, arguments.options(), console);
