@@ -44,8 +44,7 @@ QDir foundDirectory()
 QVector<Option> Game::options()
 {
     return {
-        {GameOption, "DIR",
-         "The game's directory (else $QUILLMOOR_GAME, else where the game is usually installed)."},
+        {GameOption, "DIR", "The game's directory (else $QUILLMOOR_GAME, else the usual place)."},
         {ModsOption, nullptr, "Take the instruments of mods, too."},
     };
 }

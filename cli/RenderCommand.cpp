@@ -231,8 +231,7 @@ QVector<Option> options()
            }
     + Game::options()
         + QVector<Option>{{SkipOption, nullptr,
-                           "Leave out notes that the instrument does not map, and print their "
-                           "number as \"skipped\"."}};
+                           "Leave out notes that the instrument does not map, and count them."}};
 }
 
 } // namespace
