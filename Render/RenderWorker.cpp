@@ -91,8 +91,7 @@ RenderResult RenderWorker::renderFile()
 {
     createSystem();
     openOutput();
-    mixTracks();
-    return closeOutput();
+    return closeOutput(mixTracks());
 }
 
 void RenderWorker::createSystem()
@@ -119,7 +118,7 @@ void RenderWorker::openOutput()
     m_touchesFile = true;
 }
 
-void RenderWorker::mixTracks()
+int RenderWorker::mixTracks()
 {
     PassClock clock = PassClock::of(*m_system, check());
     requireEnd(clock);
@@ -128,6 +127,7 @@ void RenderWorker::mixTracks()
         fadeAndStop(m_notes, clock.now, check());
         clock = advance(clock);
     }
+    return clock.rate;
 }
 
 void RenderWorker::requireEnd(const PassClock &clock) const
@@ -170,14 +170,12 @@ PassClock RenderWorker::advance(const PassClock &clock)
     throw result == FMOD_OK ? failure(QStringLiteral("The output stands still.")) : failure(result);
 }
 
-RenderResult RenderWorker::closeOutput()
+RenderResult RenderWorker::closeOutput(int rate)
 {
-    const int rate = DspClock::rate(*m_system, check());
     const std::optional<WaveOutput::Report> report = WaveOutput::report(*m_system);
     const FMOD_RESULT released = releaseSystem();
-    if (released != FMOD_OK) {
+    if (released != FMOD_OK)
         throw failure(released);
-    }
     RenderResult result;
     result.notes = m_noteCount;
     if (report) {

@@ -56,11 +56,11 @@ private:
     RenderResult renderFile();
     void createSystem();
     void openOutput();
-    void mixTracks();
+    int mixTracks();
     void requireEnd(const PassClock &clock) const;
     void scheduleTracks(const PassClock &clock);
     PassClock advance(const PassClock &clock);
-    RenderResult closeOutput();
+    RenderResult closeOutput(int rate);
     void dropOutput();
     FMOD_RESULT releaseSystem();
     void removeFile() const;

@@ -37,12 +37,6 @@ int writeAll(int descriptor, const QByteArray &bytes)
     return 0;
 }
 
-void logMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
-{
-    if (type != QtDebugMsg && type != QtInfoMsg)
-        logConsole->message(text.trimmed());
-}
-
 } // namespace
 
 Console::Console(int output, int error)
@@ -74,8 +68,7 @@ void Console::write(const QByteArray &bytes)
 void Console::message(const QString &text)
 {
     const std::lock_guard lock(m_mutex);
-    clearProgressLocked();
-    writeAll(m_error, "quillmoor-cli: " + FileNameCodec::encode(text) + '\n');
+    messageLocked(text);
 }
 
 void Console::progress(const QString &text)
@@ -100,6 +93,34 @@ void Console::takeLog()
     logConsole = this;
     m_takesLog = true;
     qInstallMessageHandler(logMessage);
+}
+
+Console::Subject::Subject(Console &console, const QString &file)
+    : m_console(console)
+{
+    const std::lock_guard lock(m_console.m_mutex);
+    m_console.m_subject = file + QStringLiteral(": ");
+}
+
+Console::Subject::~Subject()
+{
+    const std::lock_guard lock(m_console.m_mutex);
+    m_console.m_subject.clear();
+}
+
+void Console::logMessage(QtMsgType type, const QMessageLogContext & /*context*/,
+                         const QString &text)
+{
+    if (type == QtDebugMsg || type == QtInfoMsg)
+        return;
+    const std::lock_guard lock(logConsole->m_mutex);
+    logConsole->messageLocked(logConsole->m_subject + text.trimmed());
+}
+
+void Console::messageLocked(const QString &text)
+{
+    clearProgressLocked();
+    writeAll(m_error, "quillmoor-cli: " + FileNameCodec::encode(text) + '\n');
 }
 
 void Console::clearProgressLocked()

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QString>
+#include <QtGlobal>
 
 #include <mutex>
 
@@ -40,14 +41,29 @@ public:
     /// Sends the messages of Qt's log through message() from now on, until this object goes.
     void takeLog();
 
+    /// For its lifetime, messages of the log are about this file and say so.
+    class Subject {
+    public:
+        Subject(Console &console, const QString &file);
+        ~Subject();
+        Subject(const Subject &) = delete;
+        Subject &operator=(const Subject &) = delete;
+
+    private:
+        Console &m_console;
+    };
+
 private:
+    static void logMessage(QtMsgType type, const QMessageLogContext &context, const QString &text);
     void clearProgressLocked();
+    void messageLocked(const QString &text);
 
     const int m_output;
     const int m_error;
     const bool m_isTerminal;
     bool m_progressShown = false;
     bool m_takesLog = false;
+    QString m_subject;
     QElapsedTimer m_sinceProgress;
     std::mutex m_mutex;
 };

@@ -35,7 +35,7 @@ make_demo() {
     fi
     echo "Making the demo game in $data/demo-game"
     mkdir -p "$data"
-    "$cli" demo-game "$data/demo-game" --songs "$data/demo-songs"
+    "$cli" demo-game "$data/demo-game" --songs "$data/demo-songs" >/dev/null
     echo "$stamp" >"$data/demo-stamp"
 }
 
