@@ -19,7 +19,7 @@ namespace Demo {
 namespace {
 
 constexpr double VorbisQuality = 0.5;
-constexpr double ToneLoudness = -21.0;
+constexpr double ToneLoudness = -23.0;
 
 using Voice = Sound (*)(int note, Noise &noise);
 
@@ -37,7 +37,7 @@ struct Character {
     Voice voice;
 };
 
-constexpr int FarStep = 9;
+constexpr int FarStep = 11;
 
 QString noteFileName(int note)
 {
