@@ -13,7 +13,7 @@ namespace {
 // What a QByteArray can hold.
 constexpr qint64 LargestArray = 0x7FFFFFFF - 64;
 // Room made before the first byte is read, so that a small file is one allocation.
-constexpr qint64 LargestReserve = 64 * 1024;
+constexpr qint64 LargestReserve = 65536;
 
 // The three texts for a chain that leads to something other than a leaf differ on purpose.
 constexpr char ReadIntoNoLeaf[] = "Invalid leaf block continuation";

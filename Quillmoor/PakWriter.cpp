@@ -131,7 +131,7 @@ QVector<Child> BlockWriter::writeLeaves(const Values &values)
 
 Child BlockWriter::writeLeaf(Values::const_iterator begin, Values::const_iterator end)
 {
-    const Child leaf{begin.key(), m_nextBlock};
+    Child leaf{begin.key(), m_nextBlock};
     QByteArray stream = number(static_cast<qint32>(std::distance(begin, end)));
     for (auto entry = begin; entry != end; ++entry)
         stream += entry.key() + sized(entry.value());
@@ -159,7 +159,7 @@ QVector<Child> BlockWriter::writeIndexLevel(const QVector<Child> &children, int 
 
 Child BlockWriter::writeIndex(const QVector<Child> &children, int level)
 {
-    const Child parent{children.first().firstKey, m_nextBlock};
+    Child parent{children.first().firstKey, m_nextBlock};
     QByteArray bytes = PakFormat::IndexTag + QByteArray(1, static_cast<char>(level))
         + number(children.size() - 1) + number(children.first().block);
     for (int i = 1; i < children.size(); ++i)

@@ -86,8 +86,8 @@ public:
     virtual FMOD_RESULT getFrequency(float *frequency) = 0;
     /// -1 (left) to 1 (right).
     virtual FMOD_RESULT setPan(float pan) = 0;
-    virtual FMOD_RESULT setDelay(FMOD_DELAYTYPE type, unsigned int delayHi, unsigned int delayLo)
-        = 0;
+    virtual FMOD_RESULT setDelay(FMOD_DELAYTYPE type, unsigned int delayHi,
+                                 unsigned int delayLo) = 0;
     virtual FMOD_RESULT setChannelGroup(ChannelGroup *group) = 0;
 
 protected:
@@ -102,20 +102,17 @@ public:
     /// Null pointers are allowed for what the caller does not want to know.
     virtual FMOD_RESULT getSoftwareFormat(int *sampleRate, FMOD_SOUND_FORMAT *format,
                                           int *outputChannels, int *maxInputChannels,
-                                          FMOD_DSP_RESAMPLER *resampler, int *bits)
-        = 0;
+                                          FMOD_DSP_RESAMPLER *resampler, int *bits) = 0;
     virtual FMOD_RESULT init(int maxChannels, FMOD_INITFLAGS flags, void *extraDriverData) = 0;
     virtual FMOD_RESULT update() = 0;
     virtual FMOD_RESULT getDSPClock(unsigned int *hi, unsigned int *lo) = 0;
     /// `nameOrData` is a file name, or with FMOD_OPENMEMORY the bytes of a sound file, which are
     /// copied.
     virtual FMOD_RESULT createSound(const char *nameOrData, FMOD_MODE mode,
-                                    FMOD_CREATESOUNDEXINFO *info, Sound **sound)
-        = 0;
+                                    FMOD_CREATESOUNDEXINFO *info, Sound **sound) = 0;
     virtual FMOD_RESULT createChannelGroup(const char *name, ChannelGroup **group) = 0;
     virtual FMOD_RESULT playSound(FMOD_CHANNELINDEX channelId, Sound *sound, bool paused,
-                                  Channel **channel)
-        = 0;
+                                  Channel **channel) = 0;
 
 protected:
     ~System() = default;

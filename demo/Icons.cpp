@@ -373,8 +373,10 @@ void paintAccordion(QPainter &painter)
         line(painter, 7.5, 12.5 + 4.2 * i, 11.7, 12.5 + 4.2 * i, 0.8);
     painter.setPen(Qt::NoPen);
     painter.setBrush(ivory());
-    for (int i = 0; i < 10; ++i)
-        painter.drawEllipse(QPointF(i % 2 == 0 ? 35.0 : 39.0, 14.5 + 5.2 * (i / 2)), 1.1, 1.1);
+    for (int row = 0; row < 5; ++row) {
+        for (double x : {35.0, 39.0})
+            painter.drawEllipse(QPointF(x, 14.5 + 5.2 * row), 1.1, 1.1);
+    }
 }
 
 void paintOrgan(QPainter &painter)

@@ -18,7 +18,7 @@ namespace Demo {
 
 namespace {
 
-constexpr double VorbisQuality = 0.4;
+constexpr double VorbisQuality = 0.5;
 constexpr double ToneLoudness = -21.0;
 
 using Voice = Sound (*)(int note, Noise &noise);

@@ -34,19 +34,29 @@ double decibelsOf(double ratio)
     return 20.0 * std::log10(std::max(ratio, 1e-5));
 }
 
-void forEachChannel(Sound &sound, void (*action)(Signal &, double), double argument)
+void scaleBoth(Sound &sound, double gain)
 {
-    action(sound.left, argument);
-    action(sound.right, argument);
+    scale(sound.left, gain);
+    scale(sound.right, gain);
 }
 
-/// The ends are faded after the filter, which rings on.
+/// The ends are faded after the filter, which rings on. The lossy file smears a sudden start
+/// over the moment before it; the lead gives that a place, so that the file begins in silence.
+void cleanEnd(Signal &channel)
+{
+    constexpr size_t Lead = SampleRate * 2 / 1000;
+    if (channel.empty())
+        return;
+    Biquad::highPass(14.0).apply(channel);
+    fadeIn(channel, 0.0012);
+    channel.insert(channel.begin(), Lead, 0.0);
+    fadeOut(channel, 0.08);
+}
+
 void cleanEnds(Sound &sound)
 {
-    for (Signal *channel : {&sound.left, &sound.right})
-        Biquad::highPass(14.0).apply(*channel);
-    forEachChannel(sound, fadeIn, 0.0012);
-    forEachChannel(sound, fadeOut, 0.08);
+    cleanEnd(sound.left);
+    cleanEnd(sound.right);
 }
 
 double peakOf(const Sound &sound)
@@ -79,14 +89,14 @@ void finishTone(Sound &sound, double targetLoudness)
     cleanEnds(sound);
     const double wanted = targetLoudness - loudnessOf(sound);
     const double allowed = HighestPeak - decibelsOf(peakOf(sound));
-    forEachChannel(sound, scale, fromDecibels(std::min(wanted, allowed)));
+    scaleBoth(sound, fromDecibels(std::min(wanted, allowed)));
 }
 
 void finishDrum(Sound &sound, double targetPeak)
 {
     cleanEnds(sound);
     const double gain = std::min(targetPeak, HighestPeak) - decibelsOf(peakOf(sound));
-    forEachChannel(sound, scale, fromDecibels(gain));
+    scaleBoth(sound, fromDecibels(gain));
 }
 
 } // namespace Demo

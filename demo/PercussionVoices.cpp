@@ -20,6 +20,7 @@ Signal struckBar(double hz, double ring, const std::vector<BarMode> &bar, Noise 
 {
     Signal signal = silence(std::clamp(0.8 * ring, 0.5, 5.0));
     std::vector<Mode> modes;
+    modes.reserve(bar.size());
     for (const BarMode &mode : bar)
         modes.push_back({hz * mode.ratio, mode.level, 0.3 * noise.next(), ring * mode.ring});
     addModes(signal, modes);

@@ -53,7 +53,7 @@ void addString(Signal &signal, const String &string, const Body &body, double ga
         const double amplitude = gain * amplitudeOf(string, body, partial, hz);
         const double ring = decayOf(string, partial, hz);
         const double phase = 0.5 * noise.next();
-        const double beat = noise.between(0.1, 0.35);
+        const double beat = std::min(0.0011 * hz, noise.between(0.1, 0.35));
         modes.push_back({hz, amplitude, phase, 0.55 * ring});
         modes.push_back({hz + beat, 0.3 * amplitude, phase, ring});
     }
@@ -125,7 +125,7 @@ Sound lute(int note, Noise &noise)
                             {1900.0, 1.2, 3.0},
                             {3600.0, 1.5, 2.0}});
     const double hz = frequencyOfNote(note);
-    String string{hz, 4e-5, 0.13, 0.95, 3400.0, ringOf(hz, 4.2, 0.55), 0.16};
+    String string{hz, 4e-5, 0.13, 0.95, 3400.0, ringOf(hz, 5.2, 0.55), 0.16};
     Signal signal = roomFor(string.ring);
     // The strings lie in pairs, of which the second sounds a moment later.
     addString(signal, string, body, 1.0, noise);
@@ -142,7 +142,7 @@ Sound harp(int note, Noise &noise)
 {
     static const Body body({{150.0, 1.5, 3.0}, {320.0, 2.0, 3.0}, {700.0, 2.0, 2.0}});
     const double hz = frequencyOfNote(note);
-    const String string{hz, 1e-5, 0.31, 1.35, 2600.0, ringOf(hz, 7.0, 0.6), 0.11};
+    const String string{hz, 1e-5, 0.31, 1.35, 2600.0, ringOf(hz, 9.0, 0.6), 0.11};
     Signal signal = roomFor(string.ring);
     addString(signal, string, body, 1.0, noise);
     addTouch(signal, 300.0, 1800.0, 0.03, 0.06, noise);
@@ -155,7 +155,7 @@ Sound piano(int note, Noise &noise)
     const double hz = frequencyOfNote(note);
     const double stiffness = 8e-5 * std::exp2((note - 48) / 9.0) + 4e-5;
     const double bright = std::clamp(1400.0 + 2.2 * hz, 1400.0, 6500.0);
-    String string{hz, std::min(stiffness, 6e-3), 0.12, 0.75, bright, ringOf(hz, 8.5, 0.62), 0.09};
+    String string{hz, std::min(stiffness, 6e-3), 0.12, 0.75, bright, ringOf(hz, 13.0, 0.62), 0.09};
     Signal signal = roomFor(string.ring);
     // Three strings to a note, a little apart: a quick first decay, then a long one.
     for (double cents : {0.0, 0.55, -0.5}) {

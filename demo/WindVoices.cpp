@@ -148,7 +148,7 @@ Sound accordion(int note, Noise &noise)
 {
     static const Body body({{900.0, 1.8, 4.0}, {2400.0, 2.0, 5.0}});
     const double hz = frequencyOfNote(note);
-    const double apart = std::min(2.1, 0.012 * hz);
+    const double apart = std::min(2.1, 0.008 * hz);
     Signal signal = silence(5.0);
     for (double offset : {-apart, 0.0, apart}) {
         HeldTone reed;
@@ -176,7 +176,7 @@ Signal pipe(int note, double ratio, double tilt, Noise &noise)
     HeldTone tone;
     tone.hz = frequencyOfNote(note) * ratio;
     tone.attack = 0.04;
-    tone.driftCents = 0.5;
+    tone.driftCents = 0.1;
     tone.shimmer = 0.03;
     tone.accent = 0.05;
     tone.spectrum = [tilt](int harmonic, double hz) {

@@ -20,11 +20,11 @@ bool isContinuation(uchar byte)
 int sequenceLength(const uchar *bytes, int available)
 {
     const uchar lead = bytes[0];
-    const int length = lead < 0x80                ? 1
-        : lead >= 0xC2 && lead <= 0xDF            ? 2
-        : (lead & 0xF0) == 0xE0                   ? 3
-        : lead >= 0xF0 && lead <= 0xF4            ? 4
-                                                  : 0;
+    const int length = lead < 0x80     ? 1
+        : lead >= 0xC2 && lead <= 0xDF ? 2
+        : (lead & 0xF0) == 0xE0        ? 3
+        : lead >= 0xF0 && lead <= 0xF4 ? 4
+                                       : 0;
     if (length == 0 || length > available)
         return 0;
     for (int i = 1; i < length; ++i) {

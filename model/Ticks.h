@@ -28,7 +28,7 @@ constexpr quint32 perMinute(quint32 num, quint32 den, quint32 bpm)
 /// The ticks of `num`/`den` of a whole note, computed in 64 bits; 0 for a `den` of 0.
 constexpr quint64 ofFraction(quint32 num, quint32 den)
 {
-    return den == 0 ? 0 : quint64 {num} * PerWholeNote / den;
+    return den == 0 ? 0 : quint64{num} * PerWholeNote / den;
 }
 
 } // namespace Ticks

@@ -25,7 +25,8 @@ build_programs() {
     cmake --build "$build" --target "${targets[@]}"
 }
 
-# Makes the demo game and its songs anew when another program made those that are there.
+# Brings the demo game and its songs up to date when another program made those that are there.
+# The program leaves files alone that the user wrote or changed.
 make_demo() {
     local stamp
     stamp=$(sha256sum <"$cli")
@@ -34,12 +35,7 @@ make_demo() {
     fi
     echo "Making the demo game in $data/demo-game"
     mkdir -p "$data"
-    rm -rf "$data/demo.new"
-    "$cli" demo-game "$data/demo.new/game" --songs "$data/demo.new/songs"
-    rm -rf "$data/demo-stamp" "$data/demo-game" "$data/demo-songs"
-    mv "$data/demo.new/game" "$data/demo-game"
-    mv "$data/demo.new/songs" "$data/demo-songs"
-    rmdir "$data/demo.new"
+    "$cli" demo-game "$data/demo-game" --songs "$data/demo-songs" >/dev/null
     echo "$stamp" >"$data/demo-stamp"
 }
 

@@ -331,14 +331,14 @@ private slots:
         QCOMPARE(sample({name("/a")}, 1.0, 1.0).randomFile(), name("/a"));
     }
 
-    void aHundredThousandNotesAreMappedQuickly()
+    void manyNotesAreMappedQuickly()
     {
         QByteArray members = "\"1\":{\"f\":1,\"file\":\"/a\"}";
-        for (int i = 2; i <= 100000; ++i)
+        for (int i = 2; i <= 20000; ++i)
             members += ",\"" + QByteArray::number(i) + "\":{\"f\":2}";
         const Instrument instrument = mapped(members);
-        QCOMPARE(instrument.mapping().size(), 100000);
-        QCOMPARE(instrument.sample(100000), sample({name("/a")}, 2.0, 2.0));
+        QCOMPARE(instrument.mapping().size(), 20000);
+        QCOMPARE(instrument.sample(20000), sample({name("/a")}, 2.0, 2.0));
     }
 };
 

@@ -41,7 +41,7 @@ data=home/.local/share/quillmoor-composer
 build='setup run
 cmake --preset release
 cmake --build a check out/build/release --target cli/all'
-make="cli demo-game $data/demo.new/game --songs $data/demo.new/songs"
+make="cli demo-game $data/demo-game --songs $data/demo-songs"
 render="cli render a check out/build/Two parts.wav $data/demo-songs/Two parts/1.abc"
 render+=" $data/demo-songs/Two parts/2.abc --game $data/demo-game"
 

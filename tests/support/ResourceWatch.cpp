@@ -5,7 +5,7 @@
 namespace {
 
 constexpr qint64 TimeLimitMs = 2000;
-constexpr qint64 MemoryLimitKb = 256 * 1024;
+constexpr qint64 MemoryLimitKb = 262144;
 
 qint64 peakMemoryKb()
 {
