@@ -14,7 +14,7 @@ const char *const Description =
 
 int run(const Arguments &arguments, Console &console)
 {
-    const QString game = arguments.operand(0);
+    const QString &game = arguments.operand(0);
     const OptionValues &options = arguments.options();
     JsonWriter json;
     json.beginObject().member("game", game);

@@ -1,0 +1,326 @@
+#include "Sound/BuiltinSystem.h"
+
+#include "Sound/ChannelPool.h"
+#include "Sound/Decoder.h"
+#include "Sound/ReplacingFile.h"
+#include "Sound/WaveHeader.h"
+#include "Sound/WaveOutput.h"
+#include "Sound/WaveWriter.h"
+
+#include <array>
+#include <memory>
+#include <new>
+#include <unordered_map>
+
+namespace {
+
+constexpr std::size_t BlockFrames = 1024;
+constexpr std::size_t CacheBytes = std::size_t{256} * 1024 * 1024;
+constexpr FMOD_MODE KnownModes = FMOD_2D | FMOD_SOFTWARE | FMOD_CREATESAMPLE | FMOD_OPENMEMORY;
+
+class BuiltinSystem;
+
+class BuiltinSound final : public FMOD::Sound {
+public:
+    BuiltinSound(BuiltinSystem &system, SampleCache::Sample sample)
+        : m_system(system)
+        , m_sample(std::move(sample))
+    {
+    }
+
+    FMOD_RESULT release() override;
+    const SampleCache::Sample &sample() const { return m_sample; }
+
+private:
+    BuiltinSystem &m_system;
+    SampleCache::Sample m_sample;
+};
+
+class BuiltinChannelGroup final : public FMOD::ChannelGroup {
+public:
+    explicit BuiltinChannelGroup(BuiltinSystem &system)
+        : m_system(system)
+    {
+    }
+
+    FMOD_RESULT release() override;
+
+private:
+    BuiltinSystem &m_system;
+};
+
+class BuiltinSystem final : public FMOD::System {
+public:
+    BuiltinSystem();
+
+    FMOD_RESULT release() override;
+    FMOD_RESULT setOutput(FMOD_OUTPUTTYPE output) override;
+    FMOD_RESULT setSoftwareChannels(int channels) override;
+    FMOD_RESULT getSoftwareFormat(int *sampleRate, FMOD_SOUND_FORMAT *format, int *outputChannels,
+                                  int *maxInputChannels, FMOD_DSP_RESAMPLER *resampler,
+                                  int *bits) override;
+    FMOD_RESULT init(int maxChannels, FMOD_INITFLAGS flags, void *extraDriverData) override;
+    FMOD_RESULT update() override;
+    FMOD_RESULT getDSPClock(unsigned int *hi, unsigned int *lo) override;
+    FMOD_RESULT createSound(const char *nameOrData, FMOD_MODE mode, FMOD_CREATESOUNDEXINFO *info,
+                            FMOD::Sound **sound) override;
+    FMOD_RESULT createChannelGroup(const char *name, FMOD::ChannelGroup **group) override;
+    FMOD_RESULT playSound(FMOD_CHANNELINDEX channelId, FMOD::Sound *sound, bool paused,
+                          FMOD::Channel **channel) override;
+
+    void releaseSound(BuiltinSound &sound);
+    void releaseGroup(BuiltinChannelGroup &group);
+
+    std::optional<WaveOutput::Report> report() const;
+    bool abandon();
+
+private:
+    bool isInitialised() const { return m_channels != nullptr; }
+    FMOD_RESULT finish();
+    FMOD_RESULT addSound(const char *nameOrData, FMOD_MODE mode, const FMOD_CREATESOUNDEXINFO *info,
+                         FMOD::Sound **sound);
+
+    FMOD_OUTPUTTYPE m_output = FMOD_OUTPUTTYPE_AUTODETECT;
+    int m_softwareChannels = 0;
+    SampleCache m_cache;
+    std::unique_ptr<ChannelPool> m_channels; // from init() on
+    std::unique_ptr<WaveWriter> m_writer;    // from init() on
+    bool m_abandoned = false;
+    std::array<float, BlockFrames> m_left{};
+    std::array<float, BlockFrames> m_right{};
+    // Looked up by address: a pointer that is dead or another system's is noticed.
+    std::unordered_map<const FMOD::Sound *, std::unique_ptr<BuiltinSound>> m_sounds;
+    std::unordered_map<const FMOD::ChannelGroup *, std::unique_ptr<BuiltinChannelGroup>> m_groups;
+};
+
+FMOD_RESULT BuiltinSound::release()
+{
+    m_system.releaseSound(*this);
+    return FMOD_OK;
+}
+
+FMOD_RESULT BuiltinChannelGroup::release()
+{
+    m_system.releaseGroup(*this);
+    return FMOD_OK;
+}
+
+BuiltinSystem::BuiltinSystem()
+    : m_cache(WaveHeader::SampleRate, CacheBytes)
+{
+}
+
+FMOD_RESULT BuiltinSystem::release()
+{
+    const FMOD_RESULT result = finish();
+    delete this; // made by createBuiltinSystem(), which hands the ownership to the caller
+    return result;
+}
+
+FMOD_RESULT BuiltinSystem::finish()
+{
+    if (m_writer == nullptr || m_abandoned)
+        return FMOD_OK;
+    return m_writer->finish() ? FMOD_OK : FMOD_ERR_FILE_BAD;
+}
+
+FMOD_RESULT BuiltinSystem::setOutput(FMOD_OUTPUTTYPE output)
+{
+    if (isInitialised())
+        return FMOD_ERR_INITIALIZED;
+    m_output = output;
+    return FMOD_OK;
+}
+
+FMOD_RESULT BuiltinSystem::setSoftwareChannels(int channels)
+{
+    if (isInitialised())
+        return FMOD_ERR_INITIALIZED;
+    if (channels < 0)
+        return FMOD_ERR_INVALID_PARAM;
+    m_softwareChannels = channels;
+    return FMOD_OK;
+}
+
+FMOD_RESULT BuiltinSystem::getSoftwareFormat(int *sampleRate, FMOD_SOUND_FORMAT *format,
+                                             int *outputChannels, int *maxInputChannels,
+                                             FMOD_DSP_RESAMPLER *resampler, int *bits)
+{
+    if (sampleRate != nullptr)
+        *sampleRate = WaveHeader::SampleRate;
+    if (format != nullptr)
+        *format = FMOD_SOUND_FORMAT_NONE;
+    if (outputChannels != nullptr)
+        *outputChannels = 2;
+    if (maxInputChannels != nullptr)
+        *maxInputChannels = 2;
+    if (resampler != nullptr)
+        *resampler = FMOD_DSP_RESAMPLER_NOINTERP;
+    if (bits != nullptr)
+        *bits = 16;
+    return FMOD_OK;
+}
+
+FMOD_RESULT BuiltinSystem::init(int maxChannels, FMOD_INITFLAGS, void *extraDriverData)
+{
+    if (isInitialised())
+        return FMOD_ERR_INITIALIZED;
+    if (maxChannels < 0)
+        return FMOD_ERR_INVALID_PARAM;
+    if (m_output != FMOD_OUTPUTTYPE_WAVWRITER_NRT)
+        return FMOD_ERR_OUTPUT_INIT;
+    if (extraDriverData == nullptr)
+        return FMOD_ERR_INVALID_PARAM;
+    try {
+        auto file = ReplacingFile::open(static_cast<const char *>(extraDriverData));
+        if (file == nullptr)
+            return FMOD_ERR_OUTPUT_INIT;
+        auto writer = std::make_unique<WaveWriter>(std::move(file));
+        if (!writer->begin())
+            return FMOD_ERR_OUTPUT_INIT;
+        m_channels = std::make_unique<ChannelPool>(m_cache);
+        m_writer = std::move(writer);
+    } catch (const std::bad_alloc &) {
+        return FMOD_ERR_MEMORY;
+    }
+    return FMOD_OK;
+}
+
+FMOD_RESULT BuiltinSystem::update()
+{
+    if (!isInitialised())
+        return FMOD_ERR_INITIALIZATION;
+    if (m_writer->hasFailed())
+        return FMOD_ERR_FILE_BAD;
+    m_channels->mix(m_left.data(), m_right.data(), BlockFrames);
+    return m_writer->write(m_left.data(), m_right.data(), BlockFrames) ? FMOD_OK
+                                                                       : FMOD_ERR_FILE_BAD;
+}
+
+/// The frames written: a block that was mixed but could not be written does not count.
+FMOD_RESULT BuiltinSystem::getDSPClock(unsigned int *hi, unsigned int *lo)
+{
+    if (!isInitialised())
+        return FMOD_ERR_INITIALIZATION;
+    const std::uint64_t clock = m_writer->report().frames;
+    if (hi != nullptr)
+        *hi = static_cast<unsigned int>(clock >> 32);
+    if (lo != nullptr)
+        *lo = static_cast<unsigned int>(clock);
+    return hi == nullptr && lo == nullptr ? FMOD_ERR_INVALID_PARAM : FMOD_OK;
+}
+
+FMOD_RESULT BuiltinSystem::createSound(const char *nameOrData, FMOD_MODE mode,
+                                       FMOD_CREATESOUNDEXINFO *info, FMOD::Sound **sound)
+{
+    if (sound == nullptr)
+        return FMOD_ERR_INVALID_PARAM;
+    *sound = nullptr;
+    if (!isInitialised())
+        return FMOD_ERR_INITIALIZATION;
+    const bool isBadInfo = info != nullptr && info->cbsize != sizeof(FMOD_CREATESOUNDEXINFO);
+    const bool lacksInfo = info == nullptr && (mode & FMOD_OPENMEMORY) != 0;
+    if (nameOrData == nullptr || isBadInfo || lacksInfo || (mode & ~KnownModes) != 0)
+        return FMOD_ERR_INVALID_PARAM;
+    try {
+        return addSound(nameOrData, mode, info, sound);
+    } catch (const std::bad_alloc &) {
+        return FMOD_ERR_MEMORY;
+    }
+}
+
+FMOD_RESULT BuiltinSystem::addSound(const char *nameOrData, FMOD_MODE mode,
+                                    const FMOD_CREATESOUNDEXINFO *info, FMOD::Sound **sound)
+{
+    const auto sample = std::make_shared<AudioSample>();
+    const FMOD_RESULT result = (mode & FMOD_OPENMEMORY) != 0
+        ? Decoder::decodeMemory(nameOrData, info->length, *sample)
+        : Decoder::decodeFile(nameOrData, *sample);
+    if (result != FMOD_OK)
+        return result;
+    auto made = std::make_unique<BuiltinSound>(*this, sample);
+    FMOD::Sound *const address = made.get();
+    m_sounds.emplace(address, std::move(made));
+    *sound = address;
+    return FMOD_OK;
+}
+
+FMOD_RESULT BuiltinSystem::createChannelGroup(const char *name, FMOD::ChannelGroup **group)
+{
+    if (group == nullptr)
+        return FMOD_ERR_INVALID_PARAM;
+    *group = nullptr;
+    if (!isInitialised())
+        return FMOD_ERR_INITIALIZATION;
+    if (name == nullptr)
+        return FMOD_ERR_INVALID_PARAM;
+    auto made = std::make_unique<BuiltinChannelGroup>(*this);
+    FMOD::ChannelGroup *const address = made.get();
+    m_groups.emplace(address, std::move(made));
+    *group = address;
+    return FMOD_OK;
+}
+
+FMOD_RESULT BuiltinSystem::playSound(FMOD_CHANNELINDEX channelId, FMOD::Sound *sound, bool paused,
+                                     FMOD::Channel **channel)
+{
+    if (channel == nullptr)
+        return FMOD_ERR_INVALID_PARAM;
+    *channel = nullptr;
+    if (!isInitialised())
+        return FMOD_ERR_INITIALIZATION;
+    if (sound == nullptr || channelId != FMOD_CHANNEL_FREE)
+        return FMOD_ERR_INVALID_PARAM;
+    const auto found = m_sounds.find(sound);
+    if (found == m_sounds.end())
+        return FMOD_ERR_INVALID_HANDLE;
+    const FMOD_RESULT result = m_channels->open(found->second->sample(), channel);
+    return result == FMOD_OK && !paused ? (*channel)->setPaused(false) : result;
+}
+
+/// What sounds of it goes on: the voices hold the sample.
+void BuiltinSystem::releaseSound(BuiltinSound &sound)
+{
+    m_cache.forget(sound.sample());
+    m_sounds.erase(&sound);
+}
+
+void BuiltinSystem::releaseGroup(BuiltinChannelGroup &group)
+{
+    m_groups.erase(&group);
+}
+
+std::optional<WaveOutput::Report> BuiltinSystem::report() const
+{
+    if (m_writer == nullptr)
+        return std::nullopt;
+    return m_writer->report();
+}
+
+bool BuiltinSystem::abandon()
+{
+    m_abandoned = m_writer != nullptr;
+    return m_abandoned;
+}
+
+} // namespace
+
+FMOD_RESULT createBuiltinSystem(FMOD::System **system)
+{
+    if (system == nullptr)
+        return FMOD_ERR_INVALID_PARAM;
+    *system = new (std::nothrow) BuiltinSystem;
+    return *system != nullptr ? FMOD_OK : FMOD_ERR_MEMORY;
+}
+
+std::optional<WaveOutput::Report> WaveOutput::report(FMOD::System &system)
+{
+    const auto *const builtin = dynamic_cast<const BuiltinSystem *>(&system);
+    return builtin != nullptr ? builtin->report() : std::nullopt;
+}
+
+bool WaveOutput::abandon(FMOD::System &system)
+{
+    auto *const builtin = dynamic_cast<BuiltinSystem *>(&system);
+    return builtin != nullptr && builtin->abandon();
+}

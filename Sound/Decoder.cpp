@@ -1,0 +1,213 @@
+#include "Sound/Decoder.h"
+
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int MinRate = 1000;
+constexpr int MaxRate = 768000;
+constexpr int MaxChannels = 1024;
+constexpr sf_count_t ChunkSamples = 65536;
+
+struct CloseSoundFile {
+    void operator()(SNDFILE *file) const { sf_close(file); }
+};
+using SoundFile = std::unique_ptr<SNDFILE, CloseSoundFile>;
+
+/// A descriptor of our own instead of sf_open(): that one reads standard input for the name "-"
+/// and would wait for ever at a pipe.
+class FileDescriptor {
+public:
+    explicit FileDescriptor(const char *fileName)
+        : m_fd(::open(fileName, O_RDONLY | O_NONBLOCK | O_CLOEXEC))
+    {
+    }
+    ~FileDescriptor()
+    {
+        if (isOpen())
+            ::close(m_fd);
+    }
+    FileDescriptor(const FileDescriptor &) = delete;
+    FileDescriptor &operator=(const FileDescriptor &) = delete;
+
+    bool isOpen() const { return m_fd >= 0; }
+    int number() const { return m_fd; }
+
+    bool isRegularFile() const
+    {
+        struct stat status = {};
+        return ::fstat(m_fd, &status) == 0 && S_ISREG(status.st_mode);
+    }
+
+private:
+    int m_fd;
+};
+
+struct MemoryFile {
+    const char *data;
+    sf_count_t size;
+    sf_count_t position;
+};
+
+MemoryFile &memoryFile(void *user)
+{
+    return *static_cast<MemoryFile *>(user);
+}
+
+sf_count_t memoryLength(void *user)
+{
+    return memoryFile(user).size;
+}
+
+/// Positions outside the data are refused: some formats compute them from damaged headers.
+sf_count_t memorySeek(sf_count_t offset, int whence, void *user)
+{
+    MemoryFile &file = memoryFile(user);
+    const sf_count_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? file.position : file.size;
+    if (offset < -base || offset > file.size - base)
+        return -1;
+    file.position = base + offset;
+    return file.position;
+}
+
+sf_count_t memoryRead(void *target, sf_count_t count, void *user)
+{
+    MemoryFile &file = memoryFile(user);
+    const sf_count_t available = std::clamp<sf_count_t>(count, 0, file.size - file.position);
+    if (available > 0)
+        std::memcpy(target, file.data + file.position, static_cast<std::size_t>(available));
+    file.position += available;
+    return available;
+}
+
+sf_count_t memoryWrite(const void *, sf_count_t, void *)
+{
+    return 0;
+}
+
+sf_count_t memoryTell(void *user)
+{
+    return memoryFile(user).position;
+}
+
+struct ChannelGain {
+    float left;
+    float right;
+};
+
+/// Where a channel of a file with more than two goes, in the order of WAV files: left, right,
+/// centre, bass (left out), then pairs from further behind or aside. Four channels are two pairs.
+ChannelGain downmixGain(int channel, int channels)
+{
+    constexpr float HalfPower = 0.70710678F;
+    const bool hasCentre = channels != 4;
+    if (channel == 0)
+        return {1.0F, 0.0F};
+    if (channel == 1)
+        return {0.0F, 1.0F};
+    if (hasCentre && channel == 2)
+        return {HalfPower, HalfPower};
+    if (hasCentre && channel == 3)
+        return {0.0F, 0.0F};
+    return channel % 2 == 0 ? ChannelGain{HalfPower, 0.0F} : ChannelGain{0.0F, HalfPower};
+}
+
+std::vector<ChannelGain> channelGains(int channels)
+{
+    if (channels == 1)
+        return {{1.0F, 0.0F}};
+    std::vector<ChannelGain> gains;
+    ChannelGain sum = {0.0F, 0.0F};
+    for (int channel = 0; channel < channels; ++channel) {
+        gains.push_back(downmixGain(channel, channels));
+        sum.left += gains.back().left;
+        sum.right += gains.back().right;
+    }
+    for (ChannelGain &gain : gains) {
+        gain.left /= sum.left;
+        gain.right /= sum.right;
+    }
+    return gains;
+}
+
+void appendFrames(const float *chunk, std::size_t frames, const std::vector<ChannelGain> &gains,
+                  AudioSample &sample)
+{
+    const bool stereo = gains.size() > 1;
+    for (std::size_t frame = 0; frame < frames; ++frame) {
+        float left = 0.0F;
+        float right = 0.0F;
+        for (const ChannelGain &gain : gains) {
+            const float value = cleanSample(*chunk++);
+            left += value * gain.left;
+            right += value * gain.right;
+        }
+        sample.left.push_back(left);
+        if (stereo)
+            sample.right.push_back(right);
+    }
+}
+
+FMOD_RESULT readFrames(SNDFILE *file, int channels, AudioSample &sample)
+{
+    const std::vector<ChannelGain> gains = channelGains(channels);
+    const std::size_t maxFrames = Decoder::MaxSamples / std::min<std::size_t>(gains.size(), 2);
+    const sf_count_t chunkFrames = ChunkSamples / channels;
+    std::vector<float> chunk(static_cast<std::size_t>(chunkFrames * channels));
+    for (;;) {
+        const sf_count_t read = sf_readf_float(file, chunk.data(), chunkFrames);
+        if (read <= 0)
+            break;
+        const std::size_t frames = static_cast<std::size_t>(std::min(read, chunkFrames));
+        if (frames > maxFrames - sample.frames())
+            return FMOD_ERR_MEMORY;
+        appendFrames(chunk.data(), frames, gains, sample);
+    }
+    return sample.frames() == 0 && sf_error(file) != SF_ERR_NO_ERROR ? FMOD_ERR_FILE_BAD : FMOD_OK;
+}
+
+FMOD_RESULT decode(SNDFILE *file, const SF_INFO &info, AudioSample &sample)
+{
+    if (file == nullptr)
+        return FMOD_ERR_FORMAT;
+    if (info.channels < 1 || info.channels > MaxChannels || info.samplerate < MinRate
+        || info.samplerate > MaxRate)
+        return FMOD_ERR_FORMAT;
+    AudioSample result;
+    result.rate = info.samplerate;
+    const FMOD_RESULT outcome = readFrames(file, info.channels, result);
+    if (outcome == FMOD_OK)
+        sample = std::move(result);
+    return outcome;
+}
+
+} // namespace
+
+FMOD_RESULT Decoder::decodeFile(const char *fileName, AudioSample &sample)
+{
+    const FileDescriptor descriptor(fileName);
+    if (!descriptor.isOpen())
+        return FMOD_ERR_FILE_NOTFOUND;
+    if (!descriptor.isRegularFile())
+        return FMOD_ERR_FILE_BAD;
+    SF_INFO info = {};
+    const SoundFile file(sf_open_fd(descriptor.number(), SFM_READ, &info, SF_FALSE));
+    return decode(file.get(), info, sample);
+}
+
+FMOD_RESULT Decoder::decodeMemory(const void *data, std::size_t size, AudioSample &sample)
+{
+    MemoryFile memory = {static_cast<const char *>(data), static_cast<sf_count_t>(size), 0};
+    SF_VIRTUAL_IO access = {memoryLength, memorySeek, memoryRead, memoryWrite, memoryTell};
+    SF_INFO info = {};
+    const SoundFile file(sf_open_virtual(&access, SFM_READ, &info, &memory));
+    return decode(file.get(), info, sample);
+}

@@ -1,0 +1,153 @@
+#include "Sound/Mixer.h"
+
+#include <algorithm>
+
+namespace {
+
+MixKernels::Source sourceAt(const Mixer::Voice &voice, std::size_t position)
+{
+    return {voice.left + position, voice.right + position, voice.gain};
+}
+
+float rampedSide(float from, float to, unsigned done, unsigned length)
+{
+    return from + (to - from) / static_cast<float>(length) * static_cast<float>(done);
+}
+
+MixKernels::Gain currentGain(const MixKernels::Ramp &ramp)
+{
+    return {rampedSide(ramp.from.left, ramp.to.left, ramp.done, ramp.length),
+            rampedSide(ramp.from.right, ramp.to.right, ramp.done, ramp.length)};
+}
+
+} // namespace
+
+Mixer::Mixer(std::size_t slots, const MixKernels::Table &kernels)
+    : m_kernels(kernels)
+    , m_states(slots)
+{
+    m_active.reserve(slots);
+    m_ended.reserve(slots);
+}
+
+void Mixer::start(Slot slot, const Voice &voice)
+{
+    if (slot >= m_states.size() || m_states[slot].inUse)
+        return;
+    m_states[slot] = State();
+    m_states[slot].voice = voice;
+    m_states[slot].inUse = true;
+    m_active.push_back(slot);
+}
+
+void Mixer::setGain(Slot slot, const Gain &gain)
+{
+    if (slot >= m_states.size() || !m_states[slot].inUse || m_states[slot].stopping)
+        return;
+    State &state = m_states[slot];
+    if (state.position == 0)
+        state.voice.gain = gain;
+    else
+        startRamp(state, gain, GainRampFrames);
+}
+
+void Mixer::stop(Slot slot)
+{
+    if (slot >= m_states.size() || !m_states[slot].inUse || m_states[slot].stopping)
+        return;
+    State &state = m_states[slot];
+    state.stopping = true;
+    if (state.position == 0)
+        state.voice.frames = 0;
+    else
+        startRamp(state, {}, StopRampFrames);
+}
+
+void Mixer::startRamp(State &state, const Gain &target, unsigned frames)
+{
+    const Gain from = state.ramp.length == 0 ? state.voice.gain : currentGain(state.ramp);
+    state.ramp = {from, target, 0, frames};
+    state.voice.gain = target;
+}
+
+void Mixer::mix(float *left, float *right, std::size_t frames)
+{
+    std::fill_n(left, frames, 0.0F);
+    std::fill_n(right, frames, 0.0F);
+    std::size_t kept = 0;
+    for (const Slot slot : m_active) {
+        State &state = m_states[slot];
+        if (mixVoice(state, left, right, frames)) {
+            m_active[kept++] = slot;
+        } else {
+            state.inUse = false;
+            m_ended.push_back(slot);
+        }
+    }
+    flushBatch(left, right, frames);
+    m_active.resize(kept);
+    m_clock += frames;
+}
+
+/// Answers whether the voice goes on after this block.
+bool Mixer::mixVoice(State &state, float *left, float *right, std::size_t frames)
+{
+    const Voice &voice = state.voice;
+    const std::size_t rest = voice.frames - state.position;
+    if (voice.startClock <= m_clock && state.ramp.length == 0 && rest >= frames) {
+        addToBatch(state, left, right, frames);
+        return state.position < voice.frames;
+    }
+    const std::uint64_t wait = voice.startClock > m_clock ? voice.startClock - m_clock : 0;
+    if (rest > 0 && wait >= frames)
+        return true;
+    flushBatch(left, right, frames);
+    return rest > 0 && mixPiece(state, left + wait, right + wait, frames - wait);
+}
+
+/// Mixes up to `frames` frames of a voice that is due, ramp first.
+bool Mixer::mixPiece(State &state, float *left, float *right, std::size_t frames)
+{
+    const Voice &voice = state.voice;
+    const std::size_t count = std::min(frames, voice.frames - state.position);
+    std::size_t done = 0;
+    if (state.ramp.length > 0) {
+        done = mixRamp(state, left, right, count);
+        if (state.stopping && state.ramp.length == 0)
+            return false;
+    }
+    m_kernels.add(left + done, right + done, sourceAt(voice, state.position), count - done);
+    state.position += count - done;
+    return state.position < voice.frames;
+}
+
+/// Mixes along the ramp as far as it and the block go; answers the frames mixed.
+std::size_t Mixer::mixRamp(State &state, float *left, float *right, std::size_t frames)
+{
+    MixKernels::Ramp &ramp = state.ramp;
+    const std::size_t count = std::min<std::size_t>(frames, ramp.length - ramp.done);
+    m_kernels.addRamp(left, right, sourceAt(state.voice, state.position), ramp, count);
+    state.position += count;
+    ramp.done += static_cast<unsigned>(count);
+    if (ramp.done == ramp.length)
+        ramp = {};
+    return count;
+}
+
+void Mixer::addToBatch(State &state, float *left, float *right, std::size_t frames)
+{
+    m_batch[m_batchCount++] = sourceAt(state.voice, state.position);
+    state.position += frames;
+    if (m_batchCount == MixKernels::BatchSize) {
+        m_kernels.addBatch(left, right, m_batch, frames);
+        m_batchCount = 0;
+    }
+}
+
+/// Before any voice that is not batched: the order of the sums must not depend on the blocks.
+void Mixer::flushBatch(float *left, float *right, std::size_t frames)
+{
+    for (std::size_t i = 0; i < m_batchCount; ++i)
+        m_kernels.add(left, right, m_batch[i], frames);
+    m_batchCount = 0;
+}

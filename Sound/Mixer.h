@@ -1,0 +1,83 @@
+#pragma once
+
+#include "Sound/MixKernels.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+/// Adds up voices on an integer clock of frames.
+///
+/// A voice is a prepared sound: samples at the output's rate, so that mixing only accumulates.
+/// Its owner numbers the voices by slots and keeps their samples alive until the slot is
+/// reported as ended. After construction nothing here allocates, locks, throws or calls the
+/// system: a device's callback can run all of it. Not for several threads at once.
+///
+/// Voices are added in the order they were started in, and the result does not depend on how
+/// the time is cut into blocks.
+class Mixer {
+public:
+    using Gain = MixKernels::Gain;
+    using Slot = std::uint32_t;
+
+    /// Frames over which a changed gain is reached: a block of the wave writer, so that a fade
+    /// that is set once per block is one straight line.
+    static constexpr unsigned GainRampFrames = 1024;
+    /// Frames in which a stopped voice falls silent (5 ms at 48 kHz).
+    static constexpr unsigned StopRampFrames = 256;
+
+    struct Voice {
+        const float *left = nullptr;
+        const float *right = nullptr; ///< the same as `left` for a mono sound
+        std::size_t frames = 0;
+        std::uint64_t startClock = 0; ///< when it is in the past the voice starts at once
+        Gain gain;
+    };
+
+    /// Slots are the numbers below `slots`.
+    explicit Mixer(std::size_t slots, const MixKernels::Table &kernels = MixKernels::best());
+
+    /// Takes a voice into a slot that is new or was reported as ended. Ignored for a slot in use.
+    void start(Slot slot, const Voice &voice);
+    /// Goes to a new gain: at once while nothing of the voice was heard, else along a ramp.
+    /// Ignored for a voice that has ended or is stopping.
+    void setGain(Slot slot, const Gain &gain);
+    /// Fades the voice out quickly; it is then reported as ended.
+    void stop(Slot slot);
+
+    /// Writes the next frames (not adding to what is there) and moves the clock.
+    void mix(float *left, float *right, std::size_t frames);
+
+    /// Frames mixed so far.
+    std::uint64_t clock() const { return m_clock; }
+    /// Voices that have not ended, waiting ones included.
+    std::size_t voices() const { return m_active.size(); }
+
+    /// The slots that ended since clearEnded(); they are free.
+    const std::vector<Slot> &ended() const { return m_ended; }
+    void clearEnded() { m_ended.clear(); }
+
+private:
+    struct State {
+        Voice voice;
+        std::size_t position = 0;
+        MixKernels::Ramp ramp; // length 0: constant gain
+        bool inUse = false;
+        bool stopping = false;
+    };
+
+    bool mixVoice(State &state, float *left, float *right, std::size_t frames);
+    bool mixPiece(State &state, float *left, float *right, std::size_t frames);
+    std::size_t mixRamp(State &state, float *left, float *right, std::size_t frames);
+    void addToBatch(State &state, float *left, float *right, std::size_t frames);
+    void flushBatch(float *left, float *right, std::size_t frames);
+    void startRamp(State &state, const Gain &target, unsigned frames);
+
+    const MixKernels::Table &m_kernels;
+    std::vector<State> m_states;
+    std::vector<Slot> m_active;
+    std::vector<Slot> m_ended;
+    MixKernels::Source m_batch[MixKernels::BatchSize];
+    std::size_t m_batchCount = 0;
+    std::uint64_t m_clock = 0;
+};

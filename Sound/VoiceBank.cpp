@@ -1,0 +1,35 @@
+#include "Sound/VoiceBank.h"
+
+VoiceBank::VoiceBank(std::size_t voices)
+    : m_mixer(voices)
+    , m_samples(voices)
+{
+    m_free.reserve(voices);
+    for (std::size_t i = voices; i > 0; --i)
+        m_free.push_back(static_cast<Slot>(i - 1));
+}
+
+std::optional<VoiceBank::Slot> VoiceBank::start(const Sample &sample, std::uint64_t startClock,
+                                                const Gain &gain)
+{
+    if (m_free.empty())
+        return std::nullopt;
+    const Slot slot = m_free.back();
+    m_free.pop_back();
+    m_samples[slot] = sample;
+    const float *const left = sample->left.data();
+    const float *const right = sample->isStereo() ? sample->right.data() : left;
+    m_mixer.start(slot, {left, right, sample->frames(), startClock, gain});
+    return slot;
+}
+
+std::vector<VoiceBank::Slot> VoiceBank::collectEnded()
+{
+    const std::vector<Slot> ended = m_mixer.ended();
+    m_mixer.clearEnded();
+    for (const Slot slot : ended) {
+        m_samples[slot].reset();
+        m_free.push_back(slot);
+    }
+    return ended;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Sound/AudioSample.h"
+#include "Sound/Mixer.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+/// The commanding side of the mixer: hands out its slots and keeps the samples of its voices
+/// alive until the mixer has let go of them. Lives on the thread that plays, never in the audio
+/// callback.
+class VoiceBank {
+public:
+    using Slot = Mixer::Slot;
+    using Gain = Mixer::Gain;
+    using Sample = std::shared_ptr<const AudioSample>;
+
+    explicit VoiceBank(std::size_t voices);
+
+    /// Nothing when all slots are taken.
+    std::optional<Slot> start(const Sample &sample, std::uint64_t startClock, const Gain &gain);
+    void setGain(Slot slot, const Gain &gain) { m_mixer.setGain(slot, gain); }
+    void stop(Slot slot) { m_mixer.stop(slot); }
+
+    /// Takes back the slots whose voices have ended and answers them.
+    std::vector<Slot> collectEnded();
+
+    std::size_t voices() const { return m_samples.size() - m_free.size(); }
+
+    Mixer &mixer() { return m_mixer; }
+    const Mixer &mixer() const { return m_mixer; }
+
+private:
+    Mixer m_mixer;
+    std::vector<Sample> m_samples; // by slot
+    std::vector<Slot> m_free;
+};
