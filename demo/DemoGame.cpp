@@ -1,7 +1,7 @@
-#include "DemoGame.h"
+#include "demo/DemoGame.h"
 
-#include "GeneratedFiles.h"
-#include "Instruments.h"
+#include "demo/GeneratedFiles.h"
+#include "demo/Instruments.h"
 
 #include "Quillmoor/PakWriter.h"
 

@@ -1,8 +1,8 @@
-#include "Instruments.h"
+#include "demo/Instruments.h"
 
-#include "Levels.h"
-#include "Voices.h"
-#include "VorbisFile.h"
+#include "demo/Levels.h"
+#include "demo/Voices.h"
+#include "demo/VorbisFile.h"
 
 #include "model/Ticks.h"
 

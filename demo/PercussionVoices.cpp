@@ -1,6 +1,6 @@
-#include "Filters.h"
-#include "Tones.h"
-#include "Voices.h"
+#include "demo/Filters.h"
+#include "demo/Tones.h"
+#include "demo/Voices.h"
 
 #include <algorithm>
 #include <cmath>

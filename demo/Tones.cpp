@@ -1,4 +1,4 @@
-#include "Tones.h"
+#include "demo/Tones.h"
 
 #include <algorithm>
 #include <array>
