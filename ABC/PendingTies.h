@@ -16,7 +16,7 @@ class Track;
 /// so that the work for a chord stays small however many chords are written at one time.
 class PendingTies {
 public:
-    static constexpr size_t MaxWaiting = 16;
+    static constexpr size_t MaxWaiting = 8;
 
     /// A sounding note, single or of a chord: it waits when `isTied`, continues or ends the tie
     /// of its pitch where that note ends, and else becomes an event of `track`. A note that

@@ -3,10 +3,10 @@
 #include "ABC/LengthText.h"
 #include "AbcTestSupport.h"
 
-#include <QElapsedTimer>
 #include <QtTest>
 
 #include <cmath>
+#include <ctime>
 
 using RationalWalk::Fraction;
 
@@ -110,8 +110,7 @@ private slots:
     }
     void isFastForAnyInput()
     {
-        QElapsedTimer timer;
-        timer.start();
+        const std::clock_t start = std::clock();
         quint64 sum = 0;
         for (quint32 i = 0; i < 20000; ++i) {
             sum += RationalWalk::nearest(i, 120960).den;
@@ -119,7 +118,7 @@ private slots:
             sum += RationalWalk::greatestBelow(1, 2 + i, 120960).den;
         }
         QVERIFY(sum > 0);
-        QVERIFY(timer.elapsed() < 2000);
+        QVERIFY(std::clock() - start < 2 * CLOCKS_PER_SEC);
     }
 
     void writesTheLengthsThatFit()
