@@ -1,6 +1,7 @@
 #include "Render/RenderWorker.h"
 
 #include "Player/DspClock.h"
+#include "Sound/WaveMeasure.h"
 #include "Sound/WaveOutput.h"
 
 #include <QFile>
@@ -173,28 +174,33 @@ PassClock RenderWorker::advance(const PassClock &clock)
 RenderResult RenderWorker::closeOutput(int rate)
 {
     const std::optional<WaveOutput::Report> report = WaveOutput::report(*m_system);
+    m_keepsOlderFile = report.has_value();
     const FMOD_RESULT released = releaseSystem();
     if (released != FMOD_OK)
         throw failure(released);
-    RenderResult result;
+    RenderResult result = report ? RenderResult::of(*report, rate) : measureFile();
     result.notes = m_noteCount;
-    if (report) {
-        result.frames = report->frames;
-        result.seconds = static_cast<double>(report->frames) / rate;
-        result.peak = report->peak;
-        result.clipped = report->clipped;
-    }
     return result;
+}
+
+RenderResult RenderWorker::measureFile() const
+{
+    const auto measure = WaveMeasure::ofFile(m_fileName.toLocal8Bit().constData());
+    if (!measure)
+        throw failure(QStringLiteral("The file cannot be read back."));
+    return RenderResult::of({measure->frames, measure->peak, measure->clipped},
+                            measure->sampleRate);
 }
 
 void RenderWorker::dropOutput()
 {
     m_tracks.clear();
     m_notes.clear();
-    const bool abandoned = m_system && WaveOutput::abandon(*m_system);
-    if (m_system)
+    if (m_system) {
+        m_keepsOlderFile = WaveOutput::abandon(*m_system);
         releaseSystem();
-    if (m_touchesFile && !abandoned)
+    }
+    if (m_touchesFile && !m_keepsOlderFile)
         removeFile();
 }
 

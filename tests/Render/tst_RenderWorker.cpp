@@ -115,7 +115,8 @@ private slots:
     void reportsProgressPerTrackAndStep();
     void rendersTheTracksInOrder();
     void passesTheFileNameInTheLocalEncoding();
-    void countsTheNotes();
+    void measuresWhatItWrote();
+    void failsWhenTheFileCannotBeReadBack();
     void schedulesItsDeletion();
     void logsErrorsInItsNameAndGoesOn();
     void failsWithoutASystem();
@@ -247,15 +248,32 @@ void tst_RenderWorker::passesTheFileNameInTheLocalEncoding()
     delete worker;
 }
 
-void tst_RenderWorker::countsTheNotes()
+void tst_RenderWorker::measuresWhatItWrote()
 {
     FakeFmod fake;
     Rendering rendering;
-    rendering.add({note(60), note(61, 5), note(60, 60480)});
+    rendering.add({note(60), note(61, 5)});
     rendering.add({note(60)});
     rendering.render();
     QCOMPARE(rendering.measured.size(), 1);
-    QCOMPARE(rendering.measured.constFirst().constFirst().value<RenderResult>().notes, quint64(4));
+    const auto result = rendering.measured.constFirst().constFirst().value<RenderResult>();
+    QCOMPARE(result.notes, quint64(3));
+    QCOMPARE(result.frames, quint64(4096));
+    QCOMPARE(result.seconds, 4096.0 / 48000);
+    QCOMPARE(result.peak, 0.0F);
+    QCOMPARE(result.clipped, quint64(0));
+}
+
+void tst_RenderWorker::failsWhenTheFileCannotBeReadBack()
+{
+    FakeFmod fake;
+    Rendering rendering;
+    rendering.add({note(60)});
+    // Away from under the open system, which writes it anew only into an existing folder.
+    QObject::connect(rendering.worker, &RenderWorker::progress,
+                     [&rendering] { QVERIFY(rendering.dir.remove()); });
+    QCOMPARE(rendering.render(), reason(rendering, "The file cannot be read back."));
+    QVERIFY(rendering.hasFailed());
 }
 
 void tst_RenderWorker::schedulesItsDeletion()
