@@ -244,7 +244,7 @@ void run()
     const QString game = dir.filePath(QStringLiteral("game"));
     const QString songs = dir.filePath(QStringLiteral("songs"));
     const QString out = dir.filePath(QStringLiteral("out.wav"));
-    writeDemoGame(game);
+    DemoGame().write(game);
     writeDemoSongs(songs);
     const QuillmoorInstrumentSet set{QDir(game), false};
 

@@ -48,9 +48,11 @@ Console::Console(int output, int error)
 
 Console::~Console()
 {
-    clearProgress();
     if (m_takesLog)
         qInstallMessageHandler(nullptr);
+    const std::lock_guard lock(m_mutex);
+    reportRepetitionsLocked();
+    clearProgressLocked();
 }
 
 void Console::write(const QByteArray &bytes)
@@ -114,11 +116,31 @@ void Console::logMessage(QtMsgType type, const QMessageLogContext & /*context*/,
     if (type == QtDebugMsg || type == QtInfoMsg)
         return;
     const std::lock_guard lock(logConsole->m_mutex);
-    logConsole->messageLocked(logConsole->m_subject + text.trimmed());
+    logConsole->logLocked(logConsole->m_subject + text.trimmed());
+}
+
+void Console::logLocked(const QString &text)
+{
+    if (text == m_lastLogged) {
+        ++m_repetitions;
+        return;
+    }
+    messageLocked(text);
+    m_lastLogged = text;
+}
+
+void Console::reportRepetitionsLocked()
+{
+    const int repetitions = m_repetitions;
+    m_repetitions = 0;
+    m_lastLogged.clear();
+    if (repetitions > 0)
+        messageLocked(QStringLiteral("(the last warning came %1 more times)").arg(repetitions));
 }
 
 void Console::messageLocked(const QString &text)
 {
+    reportRepetitionsLocked();
     clearProgressLocked();
     writeAll(m_error, "quillmoor-cli: " + FileNameCodec::encode(text) + '\n');
 }

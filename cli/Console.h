@@ -38,7 +38,8 @@ public:
     void progress(const QString &text);
     void clearProgress();
 
-    /// Sends the messages of Qt's log through message() from now on, until this object goes.
+    /// Sends the messages of Qt's log through message() from now on, until this object goes. One
+    /// that comes again and again is shown once and then counted.
     void takeLog();
 
     /// For its lifetime, messages of the log are about this file and say so.
@@ -57,6 +58,8 @@ private:
     static void logMessage(QtMsgType type, const QMessageLogContext &context, const QString &text);
     void clearProgressLocked();
     void messageLocked(const QString &text);
+    void logLocked(const QString &text);
+    void reportRepetitionsLocked();
 
     const int m_output;
     const int m_error;
@@ -64,6 +67,8 @@ private:
     bool m_progressShown = false;
     bool m_takesLog = false;
     QString m_subject;
+    QString m_lastLogged;
+    int m_repetitions = 0;
     QElapsedTimer m_sinceProgress;
     std::mutex m_mutex;
 };

@@ -1,8 +1,8 @@
-#include "DemoGame.h"
+#include "demo/DemoGame.h"
 
-#include "GeneratedFiles.h"
-#include "MidiFile.h"
-#include "Songs.h"
+#include "demo/GeneratedFiles.h"
+#include "demo/MidiFile.h"
+#include "demo/Songs.h"
 
 #include "ABC/ABCParser.h"
 

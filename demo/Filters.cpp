@@ -1,4 +1,4 @@
-#include "Filters.h"
+#include "demo/Filters.h"
 
 #include <algorithm>
 #include <cmath>

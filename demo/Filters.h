@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Signal.h"
+#include "demo/Signal.h"
 
 namespace Demo {
 

@@ -1,4 +1,4 @@
-#include "GeneratedFiles.h"
+#include "demo/GeneratedFiles.h"
 
 #include <QCryptographicHash>
 #include <QDir>

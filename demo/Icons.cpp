@@ -1,4 +1,4 @@
-#include "Icons.h"
+#include "demo/Icons.h"
 
 #include <QBuffer>
 #include <QImage>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Icons.h"
-#include "Signal.h"
+#include "demo/Icons.h"
+#include "demo/Signal.h"
 
 #include <QByteArray>
 #include <QMap>

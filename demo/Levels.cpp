@@ -1,6 +1,6 @@
-#include "Levels.h"
+#include "demo/Levels.h"
 
-#include "Filters.h"
+#include "demo/Filters.h"
 
 #include <algorithm>
 #include <cmath>

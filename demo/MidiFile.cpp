@@ -1,4 +1,4 @@
-#include "MidiFile.h"
+#include "demo/MidiFile.h"
 
 #include <QDataStream>
 

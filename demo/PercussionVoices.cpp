@@ -1,6 +1,6 @@
-#include "Filters.h"
-#include "Tones.h"
-#include "Voices.h"
+#include "demo/Filters.h"
+#include "demo/Tones.h"
+#include "demo/Voices.h"
 
 #include <algorithm>
 #include <cmath>
@@ -266,27 +266,27 @@ std::vector<Drum> drumKit()
         return Drum{note, QString::fromLatin1(name), variants, level, std::move(hit)};
     };
     return {
-        drum(36, "kick", 3, -6.5, kick),
-        drum(37, "sidestick", 2, -13.0, sideStick),
-        drum(38, "snare", 4, -9.0, snare),
-        drum(39, "clap", 3, -11.0, clap),
-        drum(41, "lowtom", 2, -8.5, tom(88.0, 0.3)),
-        drum(42, "closedhat", 4, -20.0, cymbal(5200.0, 14000.0, 0.09, 0.001, 0.35)),
-        drum(45, "midtom", 2, -8.5, tom(118.0, 0.05)),
-        drum(46, "openhat", 2, -20.0, cymbal(4800.0, 14000.0, 0.7, 0.001, 0.35)),
-        drum(48, "hightom", 2, -8.5, tom(160.0, -0.25)),
-        drum(49, "crash", 2, -16.0, cymbal(1800.0, 13000.0, 2.4, 0.004, -0.3)),
-        drum(51, "ride", 2, -20.0, cymbal(2600.0, 11000.0, 1.6, 0.002, 0.3)),
-        drum(54, "tambourine", 3, -17.0, tambourine),
-        drum(56, "cowbell", 2, -15.0, cowbell),
-        drum(60, "highbongo", 3, -11.0, handDrum(390.0, 0.3, -0.2)),
-        drum(61, "lowbongo", 3, -11.0, handDrum(285.0, 0.25, -0.1)),
-        drum(63, "conga", 3, -10.0, handDrum(215.0, 0.2, 0.15)),
-        drum(64, "framedrum", 3, -8.0, handDrum(105.0, 0.12, 0.0)),
-        drum(70, "shaker", 3, -19.0, shaker),
-        drum(75, "claves", 2, -14.0, wood(2480.0, 0.09, 0.2)),
-        drum(76, "woodblock", 2, -14.0, wood(1010.0, 0.08, -0.2)),
-        drum(81, "triangle", 2, -22.0, triangle),
+        drum(36, "kick", 3, -8.5, kick),
+        drum(37, "sidestick", 2, -15.0, sideStick),
+        drum(38, "snare", 4, -11.0, snare),
+        drum(39, "clap", 3, -13.0, clap),
+        drum(41, "lowtom", 2, -10.5, tom(88.0, 0.3)),
+        drum(42, "closedhat", 4, -22.0, cymbal(5200.0, 14000.0, 0.09, 0.001, 0.35)),
+        drum(45, "midtom", 2, -10.5, tom(118.0, 0.05)),
+        drum(46, "openhat", 2, -22.0, cymbal(4800.0, 14000.0, 0.7, 0.001, 0.35)),
+        drum(48, "hightom", 2, -10.5, tom(160.0, -0.25)),
+        drum(49, "crash", 2, -18.0, cymbal(1800.0, 13000.0, 2.4, 0.004, -0.3)),
+        drum(51, "ride", 2, -22.0, cymbal(2600.0, 11000.0, 1.6, 0.002, 0.3)),
+        drum(54, "tambourine", 3, -19.0, tambourine),
+        drum(56, "cowbell", 2, -17.0, cowbell),
+        drum(60, "highbongo", 3, -13.0, handDrum(390.0, 0.3, -0.2)),
+        drum(61, "lowbongo", 3, -13.0, handDrum(285.0, 0.25, -0.1)),
+        drum(63, "conga", 3, -12.0, handDrum(215.0, 0.2, 0.15)),
+        drum(64, "framedrum", 3, -10.0, handDrum(105.0, 0.12, 0.0)),
+        drum(70, "shaker", 3, -21.0, shaker),
+        drum(75, "claves", 2, -16.0, wood(2480.0, 0.09, 0.2)),
+        drum(76, "woodblock", 2, -16.0, wood(1010.0, 0.08, -0.2)),
+        drum(81, "triangle", 2, -24.0, triangle),
     };
 }
 

@@ -1,4 +1,4 @@
-#include "Signal.h"
+#include "demo/Signal.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "Songs.h"
+#include "demo/Songs.h"
 
 #include <QDir>
 #include <QFile>

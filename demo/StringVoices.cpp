@@ -1,6 +1,6 @@
-#include "Filters.h"
-#include "Tones.h"
-#include "Voices.h"
+#include "demo/Filters.h"
+#include "demo/Tones.h"
+#include "demo/Voices.h"
 
 #include <algorithm>
 #include <cmath>
@@ -105,8 +105,7 @@ Sound bowed(int note, const Body &body, const Bowed &style, Noise &noise)
     };
     Signal signal = held(tone, noise);
     Signal bow = bandNoise(noise, tone.seconds, 900.0, 5500.0);
-    for (size_t i = 0; i < bow.size(); ++i)
-        bow[i] *= levelAt(tone, static_cast<double>(i) / SampleRate);
+    followLevel(bow, tone);
     const double level = peak(signal) * style.bowNoise;
     mixInto(signal, bow, level);
     Signal scratch = bandNoise(noise, 0.09, 1200.0, 7000.0);

@@ -1,4 +1,4 @@
-#include "Tones.h"
+#include "demo/Tones.h"
 
 #include <algorithm>
 #include <array>
@@ -62,7 +62,17 @@ void addMode(Signal &padded, const Mode &mode)
 }
 
 /// Harmonics are computed in stretches this long, with levels that go straight from end to end.
-constexpr size_t Stretch = 128;
+constexpr size_t Stretch = 192;
+
+/// The level of the tone over time, from 0 to about 1.
+double levelAt(const HeldTone &tone, double seconds)
+{
+    const double part = std::clamp(seconds / tone.attack, 0.0, 1.0);
+    const double rise = part * part * (3.0 - 2.0 * part);
+    const double accent = 1.0 + tone.accent * std::exp(-seconds / 0.18);
+    const double tired = 1.0 - 0.2 * seconds / tone.seconds;
+    return rise * accent * tired;
+}
 
 class HeldVoice {
 public:
@@ -80,11 +90,19 @@ private:
         Wander shimmer;
     };
 
+    /// What all harmonics share at the end of a stretch.
+    struct Moment {
+        double seconds;
+        double hz;
+        double breath;
+        double vibrato;
+    };
+
     double vibratoAt(double seconds) const;
-    double hzAt(double seconds) const;
-    double levelOf(size_t index, double hz, double seconds) const;
+    Moment momentAt(double seconds) const;
+    double levelOf(size_t index, const Moment &moment) const;
     void turn(double hz);
-    void addStretch(double *samples, double hz, double seconds);
+    void addStretch(double *samples, const Moment &end);
 
     const HeldTone &m_tone;
     Wander m_drift;
@@ -101,7 +119,7 @@ HeldVoice::HeldVoice(const HeldTone &tone, Noise &noise)
     , m_drift(noise, tone.seconds, 0.35)
     , m_vibratoSpeed(noise, tone.seconds, 0.8)
 {
-    const int count = std::clamp(static_cast<int>(HighestHz / (tone.hz * 1.03)), 1, 90);
+    const int count = std::clamp(static_cast<int>(HighestHz / (tone.hz * 1.03)), 1, 70);
     for (int i = 0; i < count; ++i) {
         const double phase = Pi * noise.next();
         m_harmonics.push_back(
@@ -116,23 +134,23 @@ double HeldVoice::vibratoAt(double seconds) const
     return grown * std::sin(2.0 * Pi * m_tone.vibratoHz * seconds + wobble);
 }
 
-double HeldVoice::hzAt(double seconds) const
+HeldVoice::Moment HeldVoice::momentAt(double seconds) const
 {
-    const double cents =
-        m_tone.vibratoCents * vibratoAt(seconds) + m_tone.driftCents * m_drift.at(seconds);
-    return m_tone.hz * std::exp2(cents / 1200.0);
+    const double vibrato = vibratoAt(seconds);
+    const double cents = m_tone.vibratoCents * vibrato + m_tone.driftCents * m_drift.at(seconds);
+    return {seconds, m_tone.hz * std::exp2(cents / 1200.0), levelAt(m_tone, seconds), vibrato};
 }
 
-double HeldVoice::levelOf(size_t index, double hz, double seconds) const
+double HeldVoice::levelOf(size_t index, const Moment &moment) const
 {
     const auto harmonic = static_cast<double>(index + 1);
-    const double breath = levelAt(m_tone, seconds);
-    const double late = std::pow(std::min(breath, 1.0), m_tone.bloom * (harmonic - 1.0));
+    const double late =
+        moment.breath < 1.0 ? std::pow(moment.breath, m_tone.bloom * (harmonic - 1.0)) : 1.0;
     const double tremolo =
-        1.0 + m_tone.tremolo * vibratoAt(seconds) * std::min(1.0, 0.5 + 0.2 * harmonic);
-    const double shimmer = 1.0 + m_tone.shimmer * m_harmonics[index].shimmer.at(seconds);
-    return m_tone.spectrum(static_cast<int>(index) + 1, harmonic * hz) * breath * late * tremolo
-        * shimmer;
+        1.0 + m_tone.tremolo * moment.vibrato * std::min(1.0, 0.5 + 0.2 * harmonic);
+    const double shimmer = 1.0 + m_tone.shimmer * m_harmonics[index].shimmer.at(moment.seconds);
+    const double spectrum = m_tone.spectrum(static_cast<int>(index) + 1, harmonic * moment.hz);
+    return spectrum * moment.breath * late * tremolo * shimmer;
 }
 
 /// Fills the fundamental's stretch and moves on; the division undoes the rounding of many turns.
@@ -153,14 +171,14 @@ void HeldVoice::turn(double hz)
     m_cosine /= radius;
 }
 
-void HeldVoice::addStretch(double *samples, double hz, double seconds)
+void HeldVoice::addStretch(double *samples, const Moment &end)
 {
-    turn(hz);
+    turn(end.hz);
     Buffer sine = m_baseSine;
     Buffer cosine = m_baseCosine;
     for (size_t index = 0; index < m_harmonics.size(); ++index) {
         Harmonic &harmonic = m_harmonics[index];
-        const double target = levelOf(index, hz, seconds);
+        const double target = levelOf(index, end);
         const double slope = (target - harmonic.level) / Stretch;
         const double start = harmonic.level;
         for (size_t i = 0; i < Stretch; ++i) {
@@ -180,7 +198,7 @@ Signal HeldVoice::sound()
     Signal padded((wanted.size() / Stretch + 1) * Stretch, 0.0);
     for (size_t i = 0; i < padded.size(); i += Stretch) {
         const double end = static_cast<double>(i + Stretch) / SampleRate;
-        addStretch(padded.data() + i, hzAt(end), end);
+        addStretch(padded.data() + i, momentAt(end));
     }
     padded.resize(wanted.size());
     return padded;
@@ -197,13 +215,16 @@ void addModes(Signal &signal, const std::vector<Mode> &modes)
     signal.resize(wanted);
 }
 
-double levelAt(const HeldTone &tone, double seconds)
+void followLevel(Signal &noise, const HeldTone &tone)
 {
-    const double part = std::clamp(seconds / tone.attack, 0.0, 1.0);
-    const double rise = part * part * (3.0 - 2.0 * part);
-    const double accent = 1.0 + tone.accent * std::exp(-seconds / 0.18);
-    const double tired = 1.0 - 0.2 * seconds / tone.seconds;
-    return rise * accent * tired;
+    double level = 0.0;
+    for (size_t begin = 0; begin < noise.size(); begin += Stretch) {
+        const double target = levelAt(tone, static_cast<double>(begin + Stretch) / SampleRate);
+        const double slope = (target - level) / Stretch;
+        const size_t end = std::min(begin + Stretch, noise.size());
+        for (size_t i = begin; i < end; ++i, level += slope)
+            noise[i] *= level;
+    }
 }
 
 Signal held(const HeldTone &tone, Noise &noise)

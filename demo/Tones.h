@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Signal.h"
+#include "demo/Signal.h"
 
 #include <functional>
 #include <vector>
@@ -38,8 +38,8 @@ struct HeldTone {
     double shimmer = 0.05; ///< slow change of each harmonic's level, 0..1
 };
 
-/// The level of the tone over time, from 0 to about 1: what its breath or bow noise follows.
-double levelAt(const HeldTone &tone, double seconds);
+/// Gives noise of breath or bow the tone's own rise and fall.
+void followLevel(Signal &noise, const HeldTone &tone);
 
 Signal held(const HeldTone &tone, Noise &noise);
 

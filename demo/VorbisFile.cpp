@@ -1,4 +1,4 @@
-#include "VorbisFile.h"
+#include "demo/VorbisFile.h"
 
 #include <QString>
 

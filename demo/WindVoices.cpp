@@ -1,6 +1,6 @@
-#include "Filters.h"
-#include "Tones.h"
-#include "Voices.h"
+#include "demo/Filters.h"
+#include "demo/Tones.h"
+#include "demo/Voices.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,8 +22,7 @@ void addBreath(Signal &signal, const HeldTone &tone, const Breath &breath, Noise
 {
     const double level = peak(signal);
     Signal air = bandNoise(noise, tone.seconds, breath.lowHz, breath.highHz);
-    for (size_t i = 0; i < air.size(); ++i)
-        air[i] *= levelAt(tone, static_cast<double>(i) / SampleRate);
+    followLevel(air, tone);
     mixInto(signal, air, level * breath.level);
     Signal chiff = bandNoise(noise, 2.0 * breath.chiffSeconds, breath.lowHz, breath.highHz);
     fadeIn(chiff, 0.006);

@@ -61,7 +61,7 @@ render_demo_song() {
     seconds=$(sed -n 's/.*"seconds":\([0-9.]*\).*/\1/p' <<<"$report")
     echo
     echo "Rendered the demo song to $wave"
-    echo "Length: $seconds seconds"
+    LC_NUMERIC=C printf 'Length: %.1f seconds\n' "$seconds"
 }
 
 "$root/scripts/setup.sh" run
