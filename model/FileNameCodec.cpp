@@ -37,6 +37,21 @@ int sequenceLength(const uchar *bytes, int available)
     return overlong || surrogate || beyond ? 0 : length;
 }
 
+/// Appends the character of a well-formed sequence. QString::fromUtf8() would take U+FEFF for a
+/// byte order mark and drop it.
+void appendSequence(QString &text, const uchar *bytes, int length)
+{
+    uint character = length == 1 ? bytes[0] : bytes[0] & (0x7FU >> length);
+    for (int i = 1; i < length; ++i)
+        character = character << 6 | (bytes[i] & 0x3FU);
+    if (QChar::requiresSurrogates(character)) {
+        text.append(QChar(QChar::highSurrogate(character)));
+        text.append(QChar(QChar::lowSurrogate(character)));
+    } else {
+        text.append(QChar(static_cast<ushort>(character)));
+    }
+}
+
 /// QTextCodec registers itself with Qt, which deletes it at exit.
 class Codec : public QTextCodec {
 public:
@@ -75,7 +90,7 @@ QString FileNameCodec::decode(const QByteArray &bytes)
             text.append(QChar(static_cast<ushort>(EscapeBase + data[pos])));
             ++pos;
         } else {
-            text.append(QString::fromUtf8(bytes.constData() + pos, length));
+            appendSequence(text, data + pos, length);
             pos += length;
         }
     }

@@ -40,7 +40,9 @@ void Track::addEvent(const TrackEvent &event)
 
 void Track::sortEvents()
 {
-    std::stable_sort(m_events.begin(), m_events.end(), comesBefore);
+    // Most tracks are written in order.
+    if (!std::is_sorted(m_events.cbegin(), m_events.cend(), comesBefore))
+        std::stable_sort(m_events.begin(), m_events.end(), comesBefore);
 
     m_length = 0;
     quint64 tempo = m_ticksPerMinute;
