@@ -25,6 +25,7 @@ namespace {
 
 constexpr int Parts = 15;
 constexpr int NotesPerPart = 2000;
+constexpr int AllNotes = Parts * NotesPerPart;
 constexpr int MidiTicksPerQuarter = 480;
 constexpr int MidiStep = 60; // a thirty-second: 62.5 ms at 120 beats a minute
 constexpr int MidiLength = 240;
@@ -56,7 +57,7 @@ Timing render(const std::vector<Voice> &voices, const QString &fileName)
         worker->addTrack(voice.track, voice.instrument, 0.3F, 0.0F);
     worker->render();
     if (!failure.isEmpty())
-        throw failure;
+        throw QString(failure);
     timing.seconds = static_cast<double>(timer.nsecsElapsed()) * 1e-9;
     return timing;
 }
@@ -225,7 +226,7 @@ double fluidsynthSeconds(const QTemporaryDir &dir)
 void benchDenseScore(const QuillmoorInstrumentSet &set, const QTemporaryDir &dir,
                      const QString &out)
 {
-    std::printf("A dense score of %d notes\n", Parts * NotesPerPart);
+    std::printf("A dense score of %d notes\n", AllNotes);
     const Timing ours = render(denseVoices(set), out);
     printRow(QStringLiteral("this program"), ours.result.notes, ours.result.seconds, ours.seconds);
     if (!QFile::exists(QString::fromLatin1(SoundFont))
@@ -234,7 +235,7 @@ void benchDenseScore(const QuillmoorInstrumentSet &set, const QTemporaryDir &dir
         return;
     }
     const double theirs = fluidsynthSeconds(dir);
-    printRow(QStringLiteral("fluidsynth -F"), Parts * NotesPerPart, ours.result.seconds, theirs);
+    printRow(QStringLiteral("fluidsynth -F"), AllNotes, ours.result.seconds, theirs);
     std::printf("%-34s %39.1f x\n", "ratio", theirs / ours.seconds);
 }
 
@@ -244,7 +245,7 @@ void run()
     const QString game = dir.filePath(QStringLiteral("game"));
     const QString songs = dir.filePath(QStringLiteral("songs"));
     const QString out = dir.filePath(QStringLiteral("out.wav"));
-    writeDemoGame(game);
+    DemoGame().write(game);
     writeDemoSongs(songs);
     const QuillmoorInstrumentSet set{QDir(game), false};
 

@@ -19,9 +19,10 @@ int run(const Arguments &arguments, Console &console)
     JsonWriter json;
     json.beginObject().member("game", game);
     console.progress(QStringLiteral("Making the demo game in %1").arg(game));
+    const DemoGame demo;
     {
         const SignalHold hold;
-        writeDemoGame(game);
+        demo.write(game);
     }
     if (options.has(SongsOption)) {
         const SignalHold hold;

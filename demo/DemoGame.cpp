@@ -39,19 +39,25 @@ QByteArray placeholder()
 
 } // namespace
 
-void writeDemoGame(const QString &dir)
+DemoGame::DemoGame()
 {
     std::vector<Demo::InstrumentPlan> plans = Demo::gameInstruments();
     plans.push_back(Demo::looseModInstrument());
     plans.push_back(Demo::packagedModInstrument());
     std::vector<Assets> assets = Demo::makeAssets(plans);
 
-    Demo::GeneratedFiles files(dir);
-    files.add(QStringLiteral("mods/Music Box.modpak"), package({takeLast(assets)}));
+    m_files.insert(QStringLiteral("mods/Music Box.modpak"), package({takeLast(assets)}));
     const Assets looseMod = takeLast(assets);
     for (auto file = looseMod.cbegin(); file != looseMod.cend(); ++file)
-        files.add(QStringLiteral("mods/Street Music") + file.key(), file.value());
-    files.add(QStringLiteral("assets/packed.pak"), package(assets));
-    files.add(QStringLiteral("win32/quillmoor.exe"), placeholder());
+        m_files.insert(QStringLiteral("mods/Street Music") + file.key(), file.value());
+    m_files.insert(QStringLiteral("assets/packed.pak"), package(assets));
+    m_files.insert(QStringLiteral("win32/quillmoor.exe"), placeholder());
+}
+
+void DemoGame::write(const QString &dir) const
+{
+    Demo::GeneratedFiles files(dir);
+    for (auto file = m_files.cbegin(); file != m_files.cend(); ++file)
+        files.add(file.key(), file.value());
     files.writeOrRefuse();
 }

@@ -260,10 +260,10 @@ std::vector<Assets> makeAssets(const std::vector<InstrumentPlan> &plans)
 std::vector<InstrumentPlan> gameInstruments()
 {
     static constexpr Character Characters[] = {
-        {"Lute", "lute", "Gut strings in pairs, plucked with the fingers.", 0.3, 36, 86, 5, 0.0,
+        {"Lute", "lute", "Gut strings in pairs, plucked with the fingers.", 0.3, 36, 86, 5, -2.5,
          paintLute, lute},
-        {"Harp", "harp", "Long strings that ring on.", 0.6, 31, 96, 5, 0.0, paintHarp, harp},
-        {"Piano", "piano", "Hammers on steel strings, three to a note.", 0.25, 24, 99, 5, 0.0,
+        {"Harp", "harp", "Long strings that ring on.", 0.6, 31, 96, 5, -2.5, paintHarp, harp},
+        {"Piano", "piano", "Hammers on steel strings, three to a note.", 0.25, 24, 99, 5, -1.0,
          paintPiano, piano},
         {"Bass", "bass", "A large plucked string for the lowest part.", 0.15, 24, 60, 4, 1.0,
          paintBass, bass},
@@ -279,13 +279,13 @@ std::vector<InstrumentPlan> gameInstruments()
          shawm},
         {"Horn", "horn", "Coiled brass, soft when it begins and broad when it speaks.", 0.18, 41,
          77, 4, 0.0, paintHorn, horn},
-        {"Accordion", "accordion", "Free reeds that beat against each other.", 0.1, 41, 93, 6, -1.0,
+        {"Accordion", "accordion", "Free reeds that beat against each other.", 0.1, 41, 93, 6, -2.5,
          paintAccordion, accordion},
-        {"Organ", "organ", "Four stops of a small church organ.", 0.35, 36, 92, 7, -1.0, paintOrgan,
+        {"Organ", "organ", "Four stops of a small church organ.", 0.35, 36, 92, 7, -4.5, paintOrgan,
          organ},
         {"Bells", "bells", "Small cast bells, struck.", 0.8, 60, 100, 5, -2.0, paintBells, bells},
         {"Marimba", "marimba", "Wooden bars over tubes, struck with soft mallets.", 0.3, 45, 96, 5,
-         0.0, paintMarimba, marimba},
+         -1.0, paintMarimba, marimba},
     };
     std::vector<InstrumentPlan> plans;
     for (const Character &character : Characters)

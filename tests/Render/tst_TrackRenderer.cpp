@@ -97,6 +97,7 @@ private slots:
     void startsOnlyOnce();
     void takesNoTracksOnceStarted();
     void leavesNoFileWhenDestroyedWhileRunning();
+    void isDestroyedBeforeItHearsOfTheEnd();
     void isDestroyedUnstarted();
     void isDestroyedAtOnceAfterItsEnd();
 };
@@ -246,6 +247,17 @@ void tst_TrackRenderer::leavesNoFileWhenDestroyedWhileRunning()
         QVERIFY(!QFile::exists(rendering.fileName));
         QCOMPARE(fake.functions().constLast(), QStringLiteral("FMOD_System_Release"));
     }
+}
+
+void tst_TrackRenderer::isDestroyedBeforeItHearsOfTheEnd()
+{
+    FakeFmod fake;
+    Rendering rendering;
+    // Without tracks there is no step to be cancelled in: the render succeeds.
+    rendering.renderer->start();
+    rendering.renderer.reset();
+    QVERIFY(QFile::exists(rendering.fileName));
+    QCOMPARE(rendering.log, words("started"));
 }
 
 void tst_TrackRenderer::isDestroyedUnstarted()

@@ -21,12 +21,11 @@ ProgramRun::ProgramRun(const QStringList &arguments)
     : m_arguments(arguments)
     , m_environment(QProcessEnvironment::systemEnvironment())
 {
-    for (const char *const name :
-         {"LC_ALL", "LANGUAGE", "DISPLAY", "WAYLAND_DISPLAY", "QUILLMOOR_GAME", "QUILLMOOR_SOUND",
-          "QT_QPA_PLATFORM", "XDG_RUNTIME_DIR"})
+    for (const char *const name : {"LC_ALL", "LANGUAGE", "DISPLAY", "WAYLAND_DISPLAY",
+                                   "QUILLMOOR_GAME", "QT_QPA_PLATFORM", "XDG_RUNTIME_DIR"})
         m_environment.remove(QString::fromLatin1(name));
     environment("LANG", QStringLiteral("C"));
-    environment(QStringLiteral("builtin"));
+    environment("QUILLMOOR_SOUND", QStringLiteral("builtin"));
     environment("HOME", QStringLiteral("/nonexistent"));
 }
 

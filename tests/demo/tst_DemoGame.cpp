@@ -87,7 +87,7 @@ private:
 void tst_DemoGame::initTestCase()
 {
     QVERIFY(m_dir.isValid());
-    writeDemoGame(m_dir.path());
+    DemoGame().write(m_dir.path());
 }
 
 void tst_DemoGame::passesTheGameDirectoryTest()
@@ -202,7 +202,7 @@ void tst_DemoGame::staysBelowTwelveMegabytes()
 void tst_DemoGame::writesTheSameBytesEachTime()
 {
     const QTemporaryDir other;
-    writeDemoGame(other.path());
+    DemoGame().write(other.path());
     QCOMPARE(tree(other.path()).keys(), tree(m_dir.path()).keys());
     QVERIFY(tree(other.path()) == tree(m_dir.path()));
 }

@@ -1,0 +1,494 @@
+#include "Sound/Mixer.h"
+
+#include <QtTest>
+
+#include <atomic>
+#include <cmath>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+/// Allocations of this program while they are counted.
+std::atomic<std::size_t> allocations{0};
+
+using Samples = std::vector<float>;
+
+struct Mix {
+    Samples left;
+    Samples right;
+
+    bool operator==(const Mix &other) const { return left == other.left && right == other.right; }
+};
+
+void append(Mix &mix, Mixer &mixer, std::size_t frames)
+{
+    const std::size_t start = mix.left.size();
+    // Not silent before: the mixer writes, it does not add.
+    mix.left.resize(start + frames, 99.0F);
+    mix.right.resize(start + frames, 99.0F);
+    mixer.mix(mix.left.data() + start, mix.right.data() + start, frames);
+}
+
+Mix mixed(Mixer &mixer, std::size_t frames)
+{
+    Mix mix;
+    append(mix, mixer, frames);
+    return mix;
+}
+
+/// 1, 2, 3, … over 1024: sums of these are exact.
+Samples stairs(std::size_t count, float factor = 1.0F)
+{
+    Samples samples;
+    for (std::size_t i = 0; i < count; ++i)
+        samples.push_back(factor * static_cast<float>(i % 1000 + 1) / 1024.0F);
+    return samples;
+}
+
+Samples noise(std::size_t count, unsigned seed)
+{
+    Samples samples;
+    for (std::size_t i = 0; i < count; ++i) {
+        seed = seed * 1664525U + 1013904223U;
+        samples.push_back(static_cast<float>(static_cast<int>(seed)) / 2147483648.0F);
+    }
+    return samples;
+}
+
+Mixer::Voice mono(const Samples &samples, std::uint64_t start = 0, Mixer::Gain gain = {1, 1})
+{
+    return {samples.data(), samples.data(), samples.size(), start, gain};
+}
+
+Mixer::Voice stereo(const Samples &left, const Samples &right, std::uint64_t start = 0,
+                    Mixer::Gain gain = {1, 1})
+{
+    return {left.data(), right.data(), left.size(), start, gain};
+}
+
+/// The largest bend of a curve: for a click it is about as large as the curve itself.
+float largestBend(const Samples &samples)
+{
+    float worst = 0;
+    for (std::size_t i = 2; i < samples.size(); ++i)
+        worst = std::max(worst, std::abs(samples[i] - 2 * samples[i - 1] + samples[i - 2]));
+    return worst;
+}
+
+Samples slice(const Samples &samples, std::size_t from, std::size_t count)
+{
+    const auto begin = samples.begin() + static_cast<std::ptrdiff_t>(from);
+    return {begin, begin + static_cast<std::ptrdiff_t>(count)};
+}
+
+} // namespace
+
+// The mixer must not allocate: every allocation of this program passes here.
+void *operator new(std::size_t size)
+{
+    ++allocations;
+    void *const memory = std::malloc(size == 0 ? 1 : size);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void operator delete(void *memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void *memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+class tst_Mixer : public QObject {
+    Q_OBJECT
+
+private slots:
+    void withoutVoicesThereIsSilence();
+    void monoVoiceIsExact();
+    void stereoVoiceIsExact();
+    void voicesAddUp();
+    void startIsExactToTheFrame_data();
+    void startIsExactToTheFrame();
+    void startInThePastStartsAtOnce();
+    void voiceVanishesAtItsEnd_data();
+    void voiceVanishesAtItsEnd();
+    void emptyVoiceEndsAtOnce();
+    void blocksMakeNoDifference_data();
+    void blocksMakeNoDifference();
+    void everyProcessorMixesTheSame();
+    void gainBeforeTheStartIsSetAtOnce();
+    void gainGoesInAStraightLine();
+    void gainThatChangesOnItsWayDoesNotJump();
+    void fadeInBlocksIsOneLine();
+    void stopFadesInFewMilliseconds();
+    void stopBeforeTheStartIsSilent();
+    void stoppedVoiceTakesNoMoreGain();
+    void stopWhileTheGainChangesDoesNotJump();
+    void voiceThatEndsWhileStoppingEndsOnce();
+    void slotIsUsedAgainOnlyAfterItsEnd();
+    void unknownSlotsAreIgnored();
+    void clockCountsFrames();
+    void clockGoesBeyond32Bits();
+    void nothingIsAllocated();
+};
+
+void tst_Mixer::withoutVoicesThereIsSilence()
+{
+    Mixer mixer(4);
+    const Mix mix = mixed(mixer, 100);
+    QVERIFY(mix.left == Samples(100, 0.0F));
+    QVERIFY(mix.right == Samples(100, 0.0F));
+}
+
+void tst_Mixer::monoVoiceIsExact()
+{
+    Mixer mixer(4);
+    const Samples samples = noise(64, 1);
+    mixer.start(0, mono(samples, 0, {1.0F, 0.5F}));
+    const Mix mix = mixed(mixer, 64);
+    QVERIFY(mix.left == samples);
+    for (std::size_t i = 0; i < 64; ++i)
+        QCOMPARE(mix.right[i], samples[i] * 0.5F);
+}
+
+void tst_Mixer::stereoVoiceIsExact()
+{
+    Mixer mixer(4);
+    const Samples left = noise(64, 1);
+    const Samples right = noise(64, 2);
+    mixer.start(0, stereo(left, right));
+    const Mix mix = mixed(mixer, 64);
+    QVERIFY(mix.left == left);
+    QVERIFY(mix.right == right);
+}
+
+void tst_Mixer::voicesAddUp()
+{
+    Mixer mixer(8);
+    const Samples a = stairs(100);
+    const Samples b = stairs(100, 2);
+    const Samples c = stairs(100, 4);
+    mixer.start(0, mono(a, 0, {1, 0.5F}));
+    mixer.start(1, stereo(b, c, 0, {0.25F, 1}));
+    mixer.start(2, mono(c, 0, {0, 1}));
+    mixer.start(3, mono(a, 0, {2, 2}));
+    mixer.start(4, mono(b, 0, {1, 0}));
+    const Mix mix = mixed(mixer, 100);
+    for (std::size_t i = 0; i < 100; ++i) {
+        QCOMPARE(mix.left[i], a[i] + 0.25F * b[i] + 2 * a[i] + b[i]);
+        QCOMPARE(mix.right[i], 0.5F * a[i] + c[i] + c[i] + 2 * a[i]);
+    }
+}
+
+void tst_Mixer::startIsExactToTheFrame_data()
+{
+    QTest::addColumn<int>("start");
+    for (const int start : {0, 1, 511, 1023, 1024, 1025, 2047, 2048, 3000})
+        QTest::newRow(qPrintable(QString::number(start))) << start;
+}
+
+void tst_Mixer::startIsExactToTheFrame()
+{
+    QFETCH(int, start);
+    Mixer mixer(1);
+    const Samples samples = stairs(1500);
+    mixer.start(0, mono(samples, static_cast<std::uint64_t>(start)));
+    Mix mix;
+    for (int block = 0; block < 5; ++block)
+        append(mix, mixer, 1024);
+    Samples expected(5120, 0.0F);
+    std::copy(samples.begin(), samples.end(), expected.begin() + start);
+    QVERIFY(mix.left == expected);
+    QVERIFY(mix.right == expected);
+}
+
+void tst_Mixer::startInThePastStartsAtOnce()
+{
+    Mixer mixer(1);
+    mixed(mixer, 1024);
+    const Samples samples = stairs(10);
+    mixer.start(0, mono(samples, 1000));
+    QVERIFY(slice(mixed(mixer, 16).left, 0, 10) == samples);
+}
+
+void tst_Mixer::voiceVanishesAtItsEnd_data()
+{
+    QTest::addColumn<int>("frames");
+    QTest::addColumn<int>("blocks");
+    QTest::newRow("inside a block") << 100 << 1;
+    QTest::newRow("with the block") << 1024 << 1;
+    QTest::newRow("just beyond the block") << 1025 << 2;
+    QTest::newRow("with the second block") << 2048 << 2;
+}
+
+void tst_Mixer::voiceVanishesAtItsEnd()
+{
+    QFETCH(int, frames);
+    QFETCH(int, blocks);
+    Mixer mixer(9);
+    const Samples samples(static_cast<std::size_t>(frames), 1.0F);
+    mixer.start(7, mono(samples));
+    for (int block = 0; block < blocks; ++block) {
+        QCOMPARE(mixer.voices(), std::size_t{1});
+        QVERIFY(mixer.ended().empty());
+        mixed(mixer, 1024);
+    }
+    QCOMPARE(mixer.voices(), std::size_t{0});
+    QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{7});
+    QVERIFY(mixed(mixer, 1024).left == Samples(1024, 0.0F));
+}
+
+void tst_Mixer::emptyVoiceEndsAtOnce()
+{
+    Mixer mixer(1);
+    mixer.start(0, {nullptr, nullptr, 0, 99999, {1, 1}});
+    QVERIFY(mixed(mixer, 10).left == Samples(10, 0.0F));
+    QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{0});
+}
+
+namespace {
+
+constexpr std::size_t SceneFrames = 12000;
+constexpr unsigned SceneVoices = 40;
+
+/// Many voices that start, change and stop, at times that all block sizes share.
+Mix scene(std::size_t block, const MixKernels::Table &kernels = MixKernels::best())
+{
+    Mixer mixer(SceneVoices, kernels);
+    std::vector<Samples> samples;
+    for (unsigned i = 0; i < SceneVoices; ++i) {
+        samples.push_back(noise(3000 + 200 * i, i + 1));
+        samples.push_back(noise(3000 + 200 * i, i + 100));
+    }
+    for (unsigned i = 0; i < SceneVoices; ++i) {
+        const Samples &left = samples[2 * i];
+        const Samples &right = samples[i % 3 == 0 ? 2 * i + 1 : 2 * i];
+        const float gain = 0.01F * static_cast<float>(i + 1);
+        mixer.start(i, stereo(left, right, 77 * i, {gain, 0.5F - gain}));
+    }
+    Mix mix;
+    for (std::size_t time = 0; time < SceneFrames; time += block) {
+        if (time % 3000 == 0 && time > 0) {
+            for (unsigned i = 0; i < SceneVoices; i += 5)
+                mixer.setGain(i, {0.3F, 0.0001F * static_cast<float>(time)});
+            mixer.stop(static_cast<unsigned>(time / 1000));
+        }
+        append(mix, mixer, block);
+    }
+    return mix;
+}
+
+} // namespace
+
+void tst_Mixer::blocksMakeNoDifference_data()
+{
+    QTest::addColumn<int>("block");
+    for (const int block : {1, 3, 60, 500, 1000, 1500})
+        QTest::newRow(qPrintable(QString::number(block))) << block;
+}
+
+void tst_Mixer::blocksMakeNoDifference()
+{
+    QFETCH(int, block);
+    QVERIFY(scene(static_cast<std::size_t>(block)) == scene(3000));
+}
+
+void tst_Mixer::everyProcessorMixesTheSame()
+{
+    QVERIFY(scene(1000, MixKernels::best()) == scene(1000, MixKernels::portable()));
+}
+
+void tst_Mixer::gainBeforeTheStartIsSetAtOnce()
+{
+    Mixer mixer(1);
+    const Samples samples(100, 1.0F);
+    mixer.start(0, mono(samples, 50));
+    mixed(mixer, 20);
+    mixer.setGain(0, {0.5F, 0.25F});
+    const Mix mix = mixed(mixer, 40);
+    QVERIFY(slice(mix.left, 30, 10) == Samples(10, 0.5F));
+    QVERIFY(slice(mix.right, 30, 10) == Samples(10, 0.25F));
+}
+
+void tst_Mixer::gainGoesInAStraightLine()
+{
+    Mixer mixer(1);
+    const Samples samples(8000, 1.0F);
+    mixer.start(0, mono(samples));
+    mixed(mixer, 1000);
+    mixer.setGain(0, {0.0F, 0.5F});
+    const Mix mix = mixed(mixer, 2000);
+    QCOMPARE(Mixer::GainRampFrames, 1024U);
+    for (std::size_t i = 0; i < 1024; ++i) {
+        QCOMPARE(mix.left[i], 1.0F - static_cast<float>(i + 1) / 1024);
+        QCOMPARE(mix.right[i], 1.0F - static_cast<float>(i + 1) / 2048);
+    }
+    QVERIFY(slice(mix.left, 1024, 976) == Samples(976, 0.0F));
+    QVERIFY(slice(mix.right, 1024, 976) == Samples(976, 0.5F));
+}
+
+void tst_Mixer::gainThatChangesOnItsWayDoesNotJump()
+{
+    Mixer mixer(1);
+    const Samples samples(8000, 1.0F);
+    mixer.start(0, mono(samples));
+    Mix mix = mixed(mixer, 100);
+    for (int i = 0; i < 20; ++i) {
+        mixer.setGain(0, i % 2 == 0 ? Mixer::Gain{0, 0} : Mixer::Gain{1, 1});
+        append(mix, mixer, 100);
+    }
+    QVERIFY(largestBend(mix.left) < 2.1F / 1024);
+}
+
+void tst_Mixer::fadeInBlocksIsOneLine()
+{
+    Mixer mixer(1);
+    const Samples samples(20000, 1.0F);
+    mixer.start(0, mono(samples));
+    Mix mix = mixed(mixer, 1024);
+    for (int i = 7; i >= 0; --i) {
+        const float gain = static_cast<float>(i) / 8;
+        mixer.setGain(0, {gain, gain});
+        append(mix, mixer, 1024);
+    }
+    for (std::size_t i = 0; i < 8192; ++i)
+        QCOMPARE(mix.left[1024 + i], 1.0F - static_cast<float>(i + 1) / 8192);
+}
+
+void tst_Mixer::stopFadesInFewMilliseconds()
+{
+    Mixer mixer(1);
+    const Samples samples(8000, 1.0F);
+    mixer.start(0, mono(samples));
+    Mix mix = mixed(mixer, 1024);
+    mixer.stop(0);
+    append(mix, mixer, 1024);
+    QCOMPARE(Mixer::StopRampFrames, 256U);
+    QVERIFY(largestBend(mix.left) <= 1.0F / 256);
+    QCOMPARE(mix.left[1024 + 127], 0.5F);
+    QVERIFY(slice(mix.left, 1024 + 255, 769) == Samples(769, 0.0F));
+    QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{0});
+}
+
+void tst_Mixer::stopBeforeTheStartIsSilent()
+{
+    Mixer mixer(1);
+    const Samples samples(100, 1.0F);
+    mixer.start(0, mono(samples, 50));
+    mixer.stop(0);
+    QVERIFY(mixed(mixer, 200).left == Samples(200, 0.0F));
+    QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{0});
+}
+
+void tst_Mixer::stoppedVoiceTakesNoMoreGain()
+{
+    Mixer mixer(1);
+    const Samples samples(8000, 1.0F);
+    mixer.start(0, mono(samples));
+    mixed(mixer, 100);
+    mixer.stop(0);
+    mixed(mixer, 100);
+    mixer.setGain(0, {1, 1});
+    mixer.stop(0);
+    const Mix mix = mixed(mixer, 300);
+    QVERIFY(slice(mix.left, 155, 145) == Samples(145, 0.0F));
+    QCOMPARE(mixer.voices(), std::size_t{0});
+}
+
+void tst_Mixer::stopWhileTheGainChangesDoesNotJump()
+{
+    Mixer mixer(1);
+    const Samples samples(8000, 1.0F);
+    mixer.start(0, mono(samples));
+    Mix mix = mixed(mixer, 100);
+    mixer.setGain(0, {0.25F, 0});
+    append(mix, mixer, 500);
+    mixer.stop(0);
+    append(mix, mixer, 500);
+    QVERIFY(largestBend(mix.left) < 1.1F / 256);
+    QVERIFY(largestBend(mix.right) < 1.1F / 256);
+    QCOMPARE(mix.left.back(), 0.0F);
+}
+
+void tst_Mixer::voiceThatEndsWhileStoppingEndsOnce()
+{
+    Mixer mixer(1);
+    const Samples samples(200, 1.0F);
+    mixer.start(0, mono(samples));
+    mixed(mixer, 100);
+    mixer.stop(0);
+    mixed(mixer, 1000);
+    QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{0});
+}
+
+void tst_Mixer::slotIsUsedAgainOnlyAfterItsEnd()
+{
+    Mixer mixer(1);
+    const Samples one(100, 1.0F);
+    const Samples other(100, 0.5F);
+    mixer.start(0, mono(one));
+    mixer.start(0, mono(other));
+    QCOMPARE(mixed(mixer, 100).left[0], 1.0F);
+    mixer.clearEnded();
+    mixer.start(0, mono(other));
+    QCOMPARE(mixed(mixer, 100).left[0], 0.5F);
+}
+
+void tst_Mixer::unknownSlotsAreIgnored()
+{
+    Mixer mixer(1);
+    const Samples samples(100, 1.0F);
+    mixer.start(1, mono(samples));
+    mixer.setGain(0, {1, 1});
+    mixer.stop(0);
+    mixer.setGain(5, {1, 1});
+    mixer.stop(5);
+    QVERIFY(mixed(mixer, 10).left == Samples(10, 0.0F));
+    QCOMPARE(mixer.voices(), std::size_t{0});
+}
+
+void tst_Mixer::clockCountsFrames()
+{
+    Mixer mixer(1);
+    QCOMPARE(mixer.clock(), std::uint64_t{0});
+    mixed(mixer, 1024);
+    mixed(mixer, 7);
+    QCOMPARE(mixer.clock(), std::uint64_t{1031});
+}
+
+void tst_Mixer::clockGoesBeyond32Bits()
+{
+    Mixer mixer(1);
+    const Samples samples(10, 1.0F);
+    mixer.start(0, mono(samples, std::uint64_t{1} << 32));
+    QVERIFY(mixed(mixer, 1024).left == Samples(1024, 0.0F));
+    QCOMPARE(mixer.voices(), std::size_t{1});
+}
+
+void tst_Mixer::nothingIsAllocated()
+{
+    constexpr unsigned Voices = 100;
+    Mixer mixer(Voices);
+    const Samples samples = noise(2000, 1);
+    Samples left(1024);
+    Samples right(1024);
+    const std::size_t before = allocations;
+    for (unsigned i = 0; i < Voices; ++i)
+        mixer.start(i, mono(samples, 20 * i));
+    for (unsigned block = 0; block < 10; ++block) {
+        mixer.setGain(block, {0.5F, 0.5F});
+        mixer.stop(90 + block);
+        mixer.mix(left.data(), right.data(), 1024);
+    }
+    const std::size_t after = allocations;
+    QCOMPARE(after, before);
+    QCOMPARE(mixer.ended().size(), std::size_t{Voices});
+}
+
+QTEST_APPLESS_MAIN(tst_Mixer)
+#include "tst_Mixer.moc"

@@ -1,0 +1,257 @@
+#include "Sound/Decoder.h"
+#include "Sound/Resampler.h"
+#include "Spectrum.h"
+
+#include <QtTest>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr double Rate = 48000.0;
+constexpr std::size_t SpectrumFrames = 16384;
+constexpr std::size_t EdgeFrames = 4096;
+
+/// A full-scale sine of `frequency` cycles per frame of the source.
+AudioSample sine(double frequency, std::size_t frames)
+{
+    AudioSample sample;
+    sample.rate = Rate;
+    for (std::size_t i = 0; i < frames; ++i)
+        sample.left.push_back(
+            static_cast<float>(std::sin(2 * M_PI * frequency * static_cast<double>(i) + 0.3)));
+    return sample;
+}
+
+/// Long enough that the result has SpectrumFrames away from its edges.
+std::size_t sourceFrames(double ratio)
+{
+    return static_cast<std::size_t>((SpectrumFrames + 2 * EdgeFrames) * ratio) + 64;
+}
+
+AudioSample resampled(const AudioSample &source, double ratio)
+{
+    AudioSample result;
+    const FMOD_RESULT outcome = Resampler::resample(source, Rate * ratio, Rate, result);
+    if (outcome != FMOD_OK)
+        qFatal("resampling failed with %d", outcome);
+    return result;
+}
+
+AudioSample noise(std::size_t frames, bool stereo)
+{
+    AudioSample sample;
+    unsigned state = 1;
+    for (std::size_t i = 0; i < frames * (stereo ? 2 : 1); ++i) {
+        state = state * 1664525U + 1013904223U;
+        const float value = static_cast<float>(static_cast<int>(state)) / 2147483648.0F;
+        (i < frames ? sample.left : sample.right).push_back(value);
+    }
+    return sample;
+}
+
+} // namespace
+
+class tst_Resampler : public QObject {
+    Q_OBJECT
+
+private slots:
+    void imagesAndAliasesStay100DecibelsDown_data();
+    void imagesAndAliasesStay100DecibelsDown();
+    void whatLiesAboveTheOutputsRangeIsGone_data();
+    void whatLiesAboveTheOutputsRangeIsGone();
+    void passBandIsFlat_data() { imagesAndAliasesStay100DecibelsDown_data(); }
+    void passBandIsFlat();
+    void frameZeroStaysFrameZero_data();
+    void frameZeroStaysFrameZero();
+    void equalRatesCopyBitByBit();
+    void bothChannelsOfStereoAreTreatedAlike();
+    void lengthIsTheSourcesTime_data();
+    void lengthIsTheSourcesTime();
+    void emptySoundStaysEmpty();
+    void oneFrameIsEnough();
+    void absurdRatesAreRefused_data();
+    void absurdRatesAreRefused();
+    void hugeResultIsRefused();
+};
+
+void tst_Resampler::imagesAndAliasesStay100DecibelsDown_data()
+{
+    QTest::addColumn<double>("ratio");
+    const double ratios[] = {0.125,
+                             0.1337,
+                             0.25,
+                             1 / M_E,
+                             0.5,
+                             0.61803,
+                             0.75,
+                             0.9375,
+                             0.9999,
+                             1.0001,
+                             1.0594630943592953,
+                             44100. / 48000.,
+                             1.25,
+                             1.5,
+                             1.7818,
+                             2.0,
+                             2.5198,
+                             M_PI,
+                             3.9999,
+                             4.0};
+    for (const double ratio : ratios)
+        QTest::newRow(qPrintable(QString::number(ratio, 'g', 8))) << ratio;
+}
+
+void tst_Resampler::imagesAndAliasesStay100DecibelsDown()
+{
+    QFETCH(double, ratio);
+    // The highest frequency that both sides can hold, in cycles per frame of the source.
+    const double limit = 0.5 * std::min(1.0, 1.0 / ratio);
+    for (const double part : {0.01, 0.1, 0.3, 0.5, 0.7, 0.85, 0.9}) {
+        const double frequency = limit * part;
+        const AudioSample result = resampled(sine(frequency, sourceFrames(ratio)), ratio);
+        QVERIFY(result.frames() >= SpectrumFrames + 2 * EdgeFrames);
+        const Spectrum spectrum(result.left.data() + EdgeFrames, SpectrumFrames);
+        const double worst = spectrum.strongest(frequency * ratio);
+        QVERIFY2(worst < -100.0,
+                 qPrintable(QStringLiteral("%1 dB at %2 of the band").arg(worst).arg(part)));
+    }
+}
+
+void tst_Resampler::whatLiesAboveTheOutputsRangeIsGone_data()
+{
+    QTest::addColumn<double>("ratio");
+    for (const double ratio : {1.0594630943592953, 1.25, 1.5, 2.0, M_PI, 4.0})
+        QTest::newRow(qPrintable(QString::number(ratio, 'g', 8))) << ratio;
+}
+
+void tst_Resampler::whatLiesAboveTheOutputsRangeIsGone()
+{
+    QFETCH(double, ratio);
+    const double limit = 0.5 / ratio;
+    for (const double part : {0.02, 0.2, 0.5, 0.9}) {
+        const double frequency = limit + (0.5 - limit) * part;
+        const AudioSample result = resampled(sine(frequency, sourceFrames(ratio)), ratio);
+        const Spectrum spectrum(result.left.data() + EdgeFrames, SpectrumFrames);
+        QVERIFY2(spectrum.strongest() < -100.0, qPrintable(QString::number(spectrum.strongest())));
+    }
+}
+
+void tst_Resampler::passBandIsFlat()
+{
+    QFETCH(double, ratio);
+    const double limit = 0.5 * std::min(1.0, 1.0 / ratio);
+    for (const double part : {0.1, 0.5, 0.9}) {
+        const AudioSample result = resampled(sine(limit * part, sourceFrames(ratio)), ratio);
+        const Spectrum spectrum(result.left.data() + EdgeFrames, SpectrumFrames);
+        const double level = spectrum.at(limit * part * ratio);
+        QVERIFY2(std::abs(level) < 0.01, qPrintable(QString::number(level)));
+    }
+}
+
+void tst_Resampler::frameZeroStaysFrameZero_data()
+{
+    imagesAndAliasesStay100DecibelsDown_data();
+}
+
+void tst_Resampler::frameZeroStaysFrameZero()
+{
+    QFETCH(double, ratio);
+    const double frequency = 0.1 * std::min(1.0, 1.0 / ratio);
+    const AudioSample result = resampled(sine(frequency, sourceFrames(ratio)), ratio);
+    double worst = 0;
+    for (std::size_t i = EdgeFrames; i < EdgeFrames + SpectrumFrames; ++i) {
+        const double ideal = std::sin(2 * M_PI * frequency * static_cast<double>(i) * ratio + 0.3);
+        worst = std::max(worst, std::abs(static_cast<double>(result.left[i]) - ideal));
+    }
+    QVERIFY2(worst < 2e-4, qPrintable(QString::number(worst)));
+}
+
+void tst_Resampler::equalRatesCopyBitByBit()
+{
+    const AudioSample source = noise(5000, true);
+    const AudioSample result = resampled(source, 1.0);
+    QVERIFY(result.left == source.left);
+    QVERIFY(result.right == source.right);
+    QCOMPARE(result.rate, Rate);
+}
+
+void tst_Resampler::bothChannelsOfStereoAreTreatedAlike()
+{
+    const AudioSample stereo = noise(40000, true);
+    AudioSample left;
+    left.left = stereo.left;
+    AudioSample right;
+    right.left = stereo.right;
+    const AudioSample result = resampled(stereo, 0.7);
+    QVERIFY(result.isStereo());
+    QVERIFY(result.left == resampled(left, 0.7).left);
+    QVERIFY(result.right == resampled(right, 0.7).left);
+}
+
+void tst_Resampler::lengthIsTheSourcesTime_data()
+{
+    QTest::addColumn<int>("frames");
+    QTest::addColumn<double>("ratio");
+    QTest::addColumn<int>("expected");
+    QTest::newRow("half speed") << 1000 << 0.5 << 2000;
+    QTest::newRow("double speed") << 1000 << 2.0 << 500;
+    QTest::newRow("begun frame") << 1001 << 2.0 << 501;
+    QTest::newRow("slowest") << 10 << 1.0 / 64 << 640;
+    QTest::newRow("fastest") << 6400 << 64.0 << 100;
+    QTest::newRow("over several chunks") << 100000 << 0.8 << 125000;
+}
+
+void tst_Resampler::lengthIsTheSourcesTime()
+{
+    QFETCH(int, frames);
+    QFETCH(double, ratio);
+    QFETCH(int, expected);
+    const AudioSample result = resampled(noise(static_cast<std::size_t>(frames), true), ratio);
+    QCOMPARE(static_cast<int>(result.left.size()), expected);
+    QCOMPARE(static_cast<int>(result.right.size()), expected);
+}
+
+void tst_Resampler::emptySoundStaysEmpty()
+{
+    QCOMPARE(resampled(AudioSample(), 0.5).frames(), std::size_t{0});
+    QCOMPARE(resampled(AudioSample(), 1.0).frames(), std::size_t{0});
+}
+
+void tst_Resampler::oneFrameIsEnough()
+{
+    QCOMPARE(resampled(noise(1, false), 0.3).frames(), std::size_t{4});
+    QCOMPARE(resampled(noise(1, false), 3.0).frames(), std::size_t{1});
+}
+
+void tst_Resampler::absurdRatesAreRefused_data()
+{
+    QTest::addColumn<double>("frequency");
+    QTest::newRow("none") << 0.0;
+    QTest::newRow("negative") << -48000.0;
+    QTest::newRow("too slow") << 749.0;
+    QTest::newRow("too fast") << 3073000.0;
+    QTest::newRow("infinite") << std::numeric_limits<double>::infinity();
+    QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN();
+}
+
+void tst_Resampler::absurdRatesAreRefused()
+{
+    QFETCH(double, frequency);
+    AudioSample result = noise(3, false);
+    QCOMPARE(Resampler::resample(noise(100, false), frequency, Rate, result),
+             FMOD_ERR_INVALID_PARAM);
+    QCOMPARE(result.frames(), std::size_t{3});
+}
+
+void tst_Resampler::hugeResultIsRefused()
+{
+    AudioSample source;
+    source.left.resize(Decoder::MaxSamples / 4);
+    AudioSample result;
+    QCOMPARE(Resampler::resample(source, Rate / 8, Rate, result), FMOD_ERR_MEMORY);
+}
+
+QTEST_APPLESS_MAIN(tst_Resampler)
+#include "tst_Resampler.moc"
