@@ -365,7 +365,7 @@ qint64 ABCParser::pitchOfNote()
     const int accidental = m_tokens->accidental();
     if (accidental != 0 || m_tokens->isNatural())
         m_barAccidentals.record(letter, octave, accidental);
-    return qint64{m_transpose} + KeyTable::semitone(letter) + 12 * (octave + 5)
+    return qint64{m_transpose} + KeyTable::semitone(letter) + qint64{12} * (octave + 5)
         + m_barAccidentals.inForce(letter, octave, m_keyIndex);
 }
 

@@ -157,15 +157,12 @@ QChar ABCTokenizer::lookAhead(int distance) const
     return position < m_lineText.size() ? m_lineText.at(position) : QChar();
 }
 
-/// The text from the cursor on, which ends neither past the line nor inside a surrogate pair.
+/// The text from the cursor on. It may end inside a surrogate pair without any harm: the matches
+/// of all bounded kinds end with an ASCII character, but for Unknown, which takes halves.
 QStringView ABCTokenizer::window(int maxLength) const
 {
     const int rest = static_cast<int>(m_lineText.size()) - m_column;
-    if (maxLength == RestOfLine || maxLength >= rest)
-        return m_lineText.mid(m_column);
-    const bool endsInPair = maxLength > 1 && lookAhead(maxLength).isLowSurrogate()
-        && lookAhead(maxLength - 1).isHighSurrogate();
-    return m_lineText.mid(m_column, endsInPair ? maxLength - 1 : maxLength);
+    return m_lineText.mid(m_column, maxLength == RestOfLine ? rest : std::min(maxLength, rest));
 }
 
 bool ABCTokenizer::tryCandidates(QChar c)

@@ -8,7 +8,8 @@ constexpr qint8 NotRecorded = 127;
 
 size_t slot(int letter, int octave)
 {
-    return static_cast<size_t>(letter + 7 * (octave - AccidentalMemory::LowestOctave));
+    const int octaves = octave - AccidentalMemory::LowestOctave;
+    return static_cast<size_t>(letter) + size_t{7} * static_cast<size_t>(octaves);
 }
 
 } // namespace

@@ -64,7 +64,7 @@ QStringView Expression::Match::captured(int group) const
 {
     if (group == 0)
         return {};
-    const PCRE2_SIZE *const pair = pcre2_get_ovector_pointer_16(m_data.get()) + 2 * group;
+    const PCRE2_SIZE *const pair = pcre2_get_ovector_pointer_16(m_data.get()) + qptrdiff{2} * group;
     if (pair[0] == PCRE2_UNSET)
         return {};
     return m_subject.mid(static_cast<int>(pair[0]), static_cast<int>(pair[1] - pair[0]));

@@ -101,6 +101,8 @@ private slots:
         row("equal notes of a chord wait together"_s, ""_s, "[C-C-]C C"_s,
             "60@0+30240 60@0+60480"_s);
 
+        row("a chord without time parts a tie from the next note"_s, ""_s, "C-[z0E]D"_s,
+            "60@0+30240 64@30240+30240 62@30240+30240"_s);
         row("no more than 8 equal notes wait"_s, "L:1/120960\n"_s,
             "["_s + "C-"_s.repeated(9) + "]2C"_s, "60@0+2 "_s.repeated(8) + "60@0+3"_s);
         row("chord"_s, ""_s, "[CEG]2D"_s, "60@0+60480 64@0+60480 67@0+60480 62@60480+30240"_s);

@@ -392,7 +392,7 @@ private slots:
         QCOMPARE(first("T:"_s + half).value(), half);
         QCOMPARE(kinds("\""_s + half + "\""_s), "ChordSymbol"_s);
     }
-    void endsNoWindowInsideASurrogatePair()
+    void countsBothHalvesOfSurrogatePairs()
     {
         const QString pair = QString::fromUtf8("\xF0\x9D\x84\x9E");
         // The closing quotation mark is the 50th character, then the 51st.

@@ -69,6 +69,14 @@ private slots:
                                 E::makeNote(62, 0, 5)};
         QCOMPARE(sorted(events).events(), events);
     }
+    void keepsTheOrderOfManyEqualEvents()
+    {
+        QVector<E> events;
+        for (quint32 i = 0; i < 200; ++i)
+            events << E::makeNote(21 + i * 37 % 88, 10, 5);
+        const E first = E::makeNote(60, 0, 5);
+        QCOMPARE(sorted(events + QVector<E>{first}).events(), QVector<E>{first} + events);
+    }
     void computesItsLengthWhenSorting()
     {
         QCOMPARE(sorted({E::makeNote(60, 90720, 30240)}).length(), quint64{120960});
