@@ -13,24 +13,10 @@ using namespace AbcTest;
 
 namespace {
 
-constexpr int Megabyte = 1 << 20;
-
-#if defined(__SANITIZE_ADDRESS__)
-#define QUILLMOOR_IS_SANITIZED
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QUILLMOOR_IS_SANITIZED
-#endif
-#endif
-
 // A sanitizer takes several times as long, and keeps freed memory.
-#ifdef QUILLMOOR_IS_SANITIZED
-constexpr double MaxSeconds = 20;
-constexpr long MaxMegabytes = 8192;
-#else
+constexpr int Megabyte = (1 << 20) / SanitizedFactor;
 constexpr double MaxSeconds = 2;
-constexpr long MaxMegabytes = 256;
-#endif
+constexpr long MaxMegabytes = 256L * SanitizedFactor;
 
 /// Processor time, which does not depend on what else the machine does.
 double usedSeconds()
@@ -186,7 +172,7 @@ private slots:
         const QString alphabet = "CDEabzxZX^_=',/0123456789-.|:[](){}<>!\"+$%&`\\~ \n\r\tKLMQI#"_s
             + QString(QChar(0xD834)) + QString(QChar(0xDD1E)) + QString(QChar(0)) + "é"_s;
         Random random(20240229);
-        for (int round = 0; round < 30000; ++round) {
+        for (int round = 0; round < 30000 / SanitizedFactor; ++round) {
             QString text = seeds.at(round % seeds.size());
             const quint32 changes = 1 + random.below(12);
             for (quint32 i = 0; i < changes && !text.isEmpty(); ++i) {
