@@ -18,7 +18,7 @@ QByteArray readUpToNul(QFile &file)
         if (file.error() != QFileDevice::NoError)
             throw QStringLiteral("Could not open file.");
         const int nul = block.indexOf('\0');
-        bytes += block.left(nul);
+        bytes += nul < 0 ? block : block.left(nul);
         if (block.isEmpty() || nul >= 0)
             return bytes;
     }

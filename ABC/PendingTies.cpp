@@ -28,7 +28,7 @@ std::optional<PendingTies::Place> PendingTies::join(const TrackEvent &note, bool
 {
     const auto found = m_queues.find(note.note());
     if (found == m_queues.end() || found->second.front().time() == note.time()) {
-        if (!isTied) {
+        if (!isTied || (found != m_queues.end() && found->second.size() >= MaxWaiting)) {
             track.addEvent(note);
             return std::nullopt;
         }

@@ -12,9 +12,12 @@ class Track;
 /// The tied notes of a tune that wait for their continuation, by pitch.
 ///
 /// All notes waiting at one pitch start at the same time: another joins them only while it
-/// starts together with the first.
+/// starts together with the first. Beyond MaxWaiting a note no longer waits but becomes an event,
+/// so that the work for a chord stays small however many chords are written at one time.
 class PendingTies {
 public:
+    static constexpr size_t MaxWaiting = 8;
+
     /// A sounding note, single or of a chord: it waits when `isTied`, continues or ends the tie
     /// of its pitch where that note ends, and else becomes an event of `track`. A note that
     /// meets a pending tie of its pitch anywhere else makes that an event and is dropped.

@@ -1,6 +1,7 @@
 #include "Render/RenderWorker.h"
 
 #include "Player/DspClock.h"
+#include "Sound/WaveMeasure.h"
 #include "Sound/WaveOutput.h"
 
 #include <QFile>
@@ -91,8 +92,7 @@ RenderResult RenderWorker::renderFile()
 {
     createSystem();
     openOutput();
-    mixTracks();
-    return closeOutput();
+    return closeOutput(mixTracks());
 }
 
 void RenderWorker::createSystem()
@@ -119,7 +119,7 @@ void RenderWorker::openOutput()
     m_touchesFile = true;
 }
 
-void RenderWorker::mixTracks()
+int RenderWorker::mixTracks()
 {
     PassClock clock = PassClock::of(*m_system, check());
     requireEnd(clock);
@@ -128,6 +128,7 @@ void RenderWorker::mixTracks()
         fadeAndStop(m_notes, clock.now, check());
         clock = advance(clock);
     }
+    return clock.rate;
 }
 
 void RenderWorker::requireEnd(const PassClock &clock) const
@@ -170,33 +171,36 @@ PassClock RenderWorker::advance(const PassClock &clock)
     throw result == FMOD_OK ? failure(QStringLiteral("The output stands still.")) : failure(result);
 }
 
-RenderResult RenderWorker::closeOutput()
+RenderResult RenderWorker::closeOutput(int rate)
 {
-    const int rate = DspClock::rate(*m_system, check());
     const std::optional<WaveOutput::Report> report = WaveOutput::report(*m_system);
+    m_keepsOlderFile = report.has_value();
     const FMOD_RESULT released = releaseSystem();
-    if (released != FMOD_OK) {
+    if (released != FMOD_OK)
         throw failure(released);
-    }
-    RenderResult result;
+    RenderResult result = report ? RenderResult::of(*report, rate) : measureFile();
     result.notes = m_noteCount;
-    if (report) {
-        result.frames = report->frames;
-        result.seconds = static_cast<double>(report->frames) / rate;
-        result.peak = report->peak;
-        result.clipped = report->clipped;
-    }
     return result;
+}
+
+RenderResult RenderWorker::measureFile() const
+{
+    const auto measure = WaveMeasure::ofFile(m_fileName.toLocal8Bit().constData());
+    if (!measure)
+        throw failure(QStringLiteral("The file cannot be read back."));
+    return RenderResult::of({measure->frames, measure->peak, measure->clipped},
+                            measure->sampleRate);
 }
 
 void RenderWorker::dropOutput()
 {
     m_tracks.clear();
     m_notes.clear();
-    const bool abandoned = m_system && WaveOutput::abandon(*m_system);
-    if (m_system)
+    if (m_system) {
+        m_keepsOlderFile = WaveOutput::abandon(*m_system);
         releaseSystem();
-    if (m_touchesFile && !abandoned)
+    }
+    if (m_touchesFile && !m_keepsOlderFile)
         removeFile();
 }
 

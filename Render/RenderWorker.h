@@ -56,11 +56,12 @@ private:
     RenderResult renderFile();
     void createSystem();
     void openOutput();
-    void mixTracks();
+    int mixTracks();
     void requireEnd(const PassClock &clock) const;
     void scheduleTracks(const PassClock &clock);
     PassClock advance(const PassClock &clock);
-    RenderResult closeOutput();
+    RenderResult closeOutput(int rate);
+    RenderResult measureFile() const;
     void dropOutput();
     FMOD_RESULT releaseSystem();
     void removeFile() const;
@@ -79,5 +80,6 @@ private:
     std::minstd_rand m_random; // in its initial state
     quint64 m_totalTicks = 0;
     quint64 m_noteCount = 0;
-    bool m_touchesFile = false;
+    bool m_touchesFile = false;    // what is at m_fileName is ours
+    bool m_keepsOlderFile = false; // the system puts the file in place only when it is complete
 };

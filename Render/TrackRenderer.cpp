@@ -7,6 +7,7 @@
 TrackRenderer::TrackRenderer(const QString &fileName)
     : m_fileName(fileName)
 {
+    qRegisterMetaType<RenderResult>(); // crosses the threads
 }
 
 TrackRenderer::~TrackRenderer()

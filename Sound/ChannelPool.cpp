@@ -26,25 +26,24 @@ Mixer::Gain balance(float volume, float pan)
 
 FMOD_RESULT BuiltinChannel::stop()
 {
-    if (m_state == State::Free)
+    if (!isOpen())
         return FMOD_ERR_INVALID_HANDLE;
-    const bool ended = m_state == State::Ended;
     m_pool.recycle(*this);
-    return ended ? FMOD_ERR_INVALID_HANDLE : FMOD_OK;
+    return FMOD_OK;
 }
 
 FMOD_RESULT BuiltinChannel::setPaused(bool paused)
 {
-    if (!isLive())
+    if (!isOpen())
         return FMOD_ERR_INVALID_HANDLE;
-    if (m_state == State::Playing)
+    if (isSetUp())
         return paused ? FMOD_ERR_INVALID_PARAM : FMOD_OK;
     return paused ? FMOD_OK : play();
 }
 
 FMOD_RESULT BuiltinChannel::setVolume(float volume)
 {
-    if (!isLive())
+    if (!isOpen())
         return FMOD_ERR_INVALID_HANDLE;
     if (!std::isfinite(volume))
         return FMOD_ERR_INVALID_PARAM;
@@ -55,9 +54,9 @@ FMOD_RESULT BuiltinChannel::setVolume(float volume)
 
 FMOD_RESULT BuiltinChannel::setFrequency(float frequency)
 {
-    if (!isLive())
+    if (!isOpen())
         return FMOD_ERR_INVALID_HANDLE;
-    if (m_state == State::Playing || !Resampler::isPlayable(frequency, WaveHeader::SampleRate))
+    if (isSetUp() || !Resampler::isPlayable(frequency, WaveHeader::SampleRate))
         return FMOD_ERR_INVALID_PARAM;
     m_frequency = frequency;
     return FMOD_OK;
@@ -65,7 +64,7 @@ FMOD_RESULT BuiltinChannel::setFrequency(float frequency)
 
 FMOD_RESULT BuiltinChannel::getFrequency(float *frequency)
 {
-    if (!isLive())
+    if (!isOpen())
         return FMOD_ERR_INVALID_HANDLE;
     if (frequency == nullptr)
         return FMOD_ERR_INVALID_PARAM;
@@ -75,7 +74,7 @@ FMOD_RESULT BuiltinChannel::getFrequency(float *frequency)
 
 FMOD_RESULT BuiltinChannel::setPan(float pan)
 {
-    if (!isLive())
+    if (!isOpen())
         return FMOD_ERR_INVALID_HANDLE;
     if (!std::isfinite(pan))
         return FMOD_ERR_INVALID_PARAM;
@@ -87,9 +86,9 @@ FMOD_RESULT BuiltinChannel::setPan(float pan)
 FMOD_RESULT BuiltinChannel::setDelay(FMOD_DELAYTYPE type, unsigned int delayHi,
                                      unsigned int delayLo)
 {
-    if (!isLive())
+    if (!isOpen())
         return FMOD_ERR_INVALID_HANDLE;
-    if (type != FMOD_DELAYTYPE_DSPCLOCK_START || m_state == State::Playing)
+    if (type != FMOD_DELAYTYPE_DSPCLOCK_START || isSetUp())
         return FMOD_ERR_INVALID_PARAM;
     m_startClock = (std::uint64_t{delayHi} << 32) | delayLo;
     return FMOD_OK;
@@ -97,7 +96,7 @@ FMOD_RESULT BuiltinChannel::setDelay(FMOD_DELAYTYPE type, unsigned int delayHi,
 
 FMOD_RESULT BuiltinChannel::setChannelGroup(FMOD::ChannelGroup *group)
 {
-    if (!isLive())
+    if (!isOpen())
         return FMOD_ERR_INVALID_HANDLE;
     return group == nullptr ? FMOD_ERR_INVALID_PARAM : FMOD_OK;
 }

@@ -14,8 +14,9 @@ class ChannelPool;
 
 /// A channel of the built-in engine. It waits, paused, while it is set up; setPaused(false)
 /// prepares the sound for its rate and hands it to the mixer, from where only volume, pan and
-/// stop() reach it. When its sound has ended by itself every call answers
-/// FMOD_ERR_INVALID_HANDLE.
+/// stop() reach it. When its sound has ended by itself, they are taken in silence: a note may
+/// well outlast its sample, and its fade is no error. After stop() every call answers
+/// FMOD_ERR_INVALID_HANDLE until the object serves another sound.
 class BuiltinChannel final : public FMOD::Channel {
 public:
     explicit BuiltinChannel(ChannelPool &pool)
@@ -43,7 +44,8 @@ private:
 
     enum class State { Free, Waiting, Playing, Ended };
 
-    bool isLive() const { return m_state == State::Waiting || m_state == State::Playing; }
+    bool isOpen() const { return m_state != State::Free; }
+    bool isSetUp() const { return m_state != State::Waiting; }
     FMOD_RESULT play();
     void applyGain();
     Mixer::Gain gain() const;

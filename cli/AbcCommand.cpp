@@ -111,6 +111,7 @@ int run(const Arguments &arguments, Console &console)
         console.progress(QStringLiteral("Converting %1").arg(operand.text));
         QString text;
         try {
+            const Console::Subject subject(console, operand.text);
             text = generated(operand.text);
         } catch (const QString &error) {
             console.message(QStringLiteral("%1: %2").arg(operand.text, error));

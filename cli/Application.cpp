@@ -10,6 +10,7 @@
 #include <QGuiApplication>
 
 #include <array>
+#include <cstdio>
 #include <exception>
 #include <memory>
 
@@ -89,18 +90,33 @@ void checkOperands(const Command &command, const Arguments &arguments)
         throw UsageError{QStringLiteral("Too many arguments. Usage: %1").arg(Help::usage(command))};
 }
 
-/// Neither a display nor the user's choice of a platform matters here: nothing is ever shown.
-std::unique_ptr<QCoreApplication> makeApplication(bool needsGui)
+/// What Qt's platform layer has to say about the user's session at start concerns nobody here.
+void keepOnlyFatal(QtMsgType type, const QMessageLogContext &, const QString &text)
+{
+    if (type == QtFatalMsg)
+        std::fprintf(stderr, "quillmoor-cli: %s\n", text.toUtf8().constData());
+}
+
+/// Needs neither a display nor the user's choice of a platform: nothing is ever shown.
+std::unique_ptr<QCoreApplication> makeGuiApplication()
 {
     static std::array<char, 14> program = {"quillmoor-cli"};
     static std::array<char, 10> option = {"-platform"};
-    static std::array<char, 10> platform = {"offscreen"};
+    static std::array<char, 8> platform = {"minimal"};
     static std::array<char *, 4> argv = {program.data(), option.data(), platform.data(), nullptr};
     static int argc = 3;
-    static int plainArgc = 1;
-    if (needsGui)
-        return std::make_unique<QGuiApplication>(argc, argv.data());
-    return std::make_unique<QCoreApplication>(plainArgc, argv.data());
+    const QtMessageHandler handler = qInstallMessageHandler(keepOnlyFatal);
+    auto application = std::make_unique<QGuiApplication>(argc, argv.data());
+    qInstallMessageHandler(handler);
+    return application;
+}
+
+std::unique_ptr<QCoreApplication> makeApplication(bool needsGui)
+{
+    static std::array<char, 14> program = {"quillmoor-cli"};
+    static std::array<char *, 2> argv = {program.data(), nullptr};
+    static int argc = 1;
+    return needsGui ? makeGuiApplication() : std::make_unique<QCoreApplication>(argc, argv.data());
 }
 
 int runCommand(const Command &command, const QStringList &rest, Console &console)

@@ -37,12 +37,6 @@ int writeAll(int descriptor, const QByteArray &bytes)
     return 0;
 }
 
-void logMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
-{
-    if (type != QtDebugMsg && type != QtInfoMsg)
-        logConsole->message(text.trimmed());
-}
-
 } // namespace
 
 Console::Console(int output, int error)
@@ -54,9 +48,11 @@ Console::Console(int output, int error)
 
 Console::~Console()
 {
-    clearProgress();
     if (m_takesLog)
         qInstallMessageHandler(nullptr);
+    const std::lock_guard lock(m_mutex);
+    reportRepetitionsLocked();
+    clearProgressLocked();
 }
 
 void Console::write(const QByteArray &bytes)
@@ -74,8 +70,7 @@ void Console::write(const QByteArray &bytes)
 void Console::message(const QString &text)
 {
     const std::lock_guard lock(m_mutex);
-    clearProgressLocked();
-    writeAll(m_error, "quillmoor-cli: " + FileNameCodec::encode(text) + '\n');
+    messageLocked(text);
 }
 
 void Console::progress(const QString &text)
@@ -100,6 +95,54 @@ void Console::takeLog()
     logConsole = this;
     m_takesLog = true;
     qInstallMessageHandler(logMessage);
+}
+
+Console::Subject::Subject(Console &console, const QString &file)
+    : m_console(console)
+{
+    const std::lock_guard lock(m_console.m_mutex);
+    m_console.m_subject = file + QStringLiteral(": ");
+}
+
+Console::Subject::~Subject()
+{
+    const std::lock_guard lock(m_console.m_mutex);
+    m_console.m_subject.clear();
+}
+
+void Console::logMessage(QtMsgType type, const QMessageLogContext & /*context*/,
+                         const QString &text)
+{
+    if (type == QtDebugMsg || type == QtInfoMsg)
+        return;
+    const std::lock_guard lock(logConsole->m_mutex);
+    logConsole->logLocked(logConsole->m_subject + text.trimmed());
+}
+
+void Console::logLocked(const QString &text)
+{
+    if (text == m_lastLogged) {
+        ++m_repetitions;
+        return;
+    }
+    messageLocked(text);
+    m_lastLogged = text;
+}
+
+void Console::reportRepetitionsLocked()
+{
+    const int repetitions = m_repetitions;
+    m_repetitions = 0;
+    m_lastLogged.clear();
+    if (repetitions > 0)
+        messageLocked(QStringLiteral("(the last warning came %1 more times)").arg(repetitions));
+}
+
+void Console::messageLocked(const QString &text)
+{
+    reportRepetitionsLocked();
+    clearProgressLocked();
+    writeAll(m_error, "quillmoor-cli: " + FileNameCodec::encode(text) + '\n');
 }
 
 void Console::clearProgressLocked()

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QString>
+#include <QtGlobal>
 
 #include <mutex>
 
@@ -37,17 +38,37 @@ public:
     void progress(const QString &text);
     void clearProgress();
 
-    /// Sends the messages of Qt's log through message() from now on, until this object goes.
+    /// Sends the messages of Qt's log through message() from now on, until this object goes. One
+    /// that comes again and again is shown once and then counted.
     void takeLog();
 
+    /// For its lifetime, messages of the log are about this file and say so.
+    class Subject {
+    public:
+        Subject(Console &console, const QString &file);
+        ~Subject();
+        Subject(const Subject &) = delete;
+        Subject &operator=(const Subject &) = delete;
+
+    private:
+        Console &m_console;
+    };
+
 private:
+    static void logMessage(QtMsgType type, const QMessageLogContext &context, const QString &text);
     void clearProgressLocked();
+    void messageLocked(const QString &text);
+    void logLocked(const QString &text);
+    void reportRepetitionsLocked();
 
     const int m_output;
     const int m_error;
     const bool m_isTerminal;
     bool m_progressShown = false;
     bool m_takesLog = false;
+    QString m_subject;
+    QString m_lastLogged;
+    int m_repetitions = 0;
     QElapsedTimer m_sinceProgress;
     std::mutex m_mutex;
 };

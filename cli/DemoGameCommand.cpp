@@ -14,14 +14,15 @@ const char *const Description =
 
 int run(const Arguments &arguments, Console &console)
 {
-    const QString game = arguments.operand(0);
+    const QString &game = arguments.operand(0);
     const OptionValues &options = arguments.options();
     JsonWriter json;
     json.beginObject().member("game", game);
     console.progress(QStringLiteral("Making the demo game in %1").arg(game));
+    const DemoGame demo;
     {
         const SignalHold hold;
-        writeDemoGame(game);
+        demo.write(game);
     }
     if (options.has(SongsOption)) {
         const SignalHold hold;

@@ -100,6 +100,7 @@ bool printFile(const QString &file, Console &console)
 {
     Track track;
     try {
+        const Console::Subject subject(console, file);
         track = Tunes::read(file);
     } catch (const QString &error) {
         console.line(errorObject(file, error));

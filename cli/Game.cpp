@@ -18,7 +18,7 @@ bool isGame(const QString &path)
 QString usualDirectory()
 {
     for (const QString &home : QStandardPaths::standardLocations(QStandardPaths::HomeLocation)) {
-        const QString candidate = home + QStringLiteral("/.steam/root/SteamApps/common/Quillmoor");
+        QString candidate = home + QStringLiteral("/.steam/root/SteamApps/common/Quillmoor");
         if (isGame(candidate))
             return candidate;
     }
@@ -44,8 +44,7 @@ QDir foundDirectory()
 QVector<Option> Game::options()
 {
     return {
-        {GameOption, "DIR",
-         "The game's directory (else $QUILLMOOR_GAME, else where the game is usually installed)."},
+        {GameOption, "DIR", "The game's directory (else $QUILLMOOR_GAME, else the usual place)."},
         {ModsOption, nullptr, "Take the instruments of mods, too."},
     };
 }

@@ -80,7 +80,8 @@ QStringList filesBelow(const QString &directory)
 
 QString assetPath(const QDir &directory, const QString &file)
 {
-    const QString path = QLatin1Char('/') + directory.relativeFilePath(file);
+    QString path =
+        QLatin1Char('/') + directory.relativeFilePath(QFileInfo(file).absoluteFilePath());
     if (QString::fromUtf8(path.toUtf8()) != path)
         throw QStringLiteral("The name of %1 is not valid UTF-8.").arg(file);
     return path;
@@ -112,7 +113,7 @@ void save(const PakWriter &writer, const QString &output)
 
 int pack(const Arguments &arguments, Console &console)
 {
-    const QString output = arguments.operand(0);
+    const QString &output = arguments.operand(0);
     const QDir directory = existingDirectory(arguments.operand(1));
     PakWriter writer;
     int count = 0;

@@ -67,6 +67,7 @@ void checkOutput(const QString &output, const QVector<Operand> &files)
 std::optional<Track> readTrack(const QString &file, Console &console)
 {
     try {
+        const Console::Subject subject(console, file);
         return Tunes::read(file);
     } catch (const QString &error) {
         console.message(QStringLiteral("%1: %2").arg(file, error));
@@ -150,7 +151,7 @@ void waitFor(TrackRenderer &renderer)
     renderer.start();
     loop.exec();
     if (!failure.isEmpty())
-        throw failure;
+        throw QString(failure);
 }
 
 RenderResult renderParts(const QString &output, const QVector<Part> &parts, Console &console)
@@ -207,7 +208,7 @@ QVector<Part> readParts(const QVector<Operand> &files, const OptionValues &optio
 
 int run(const Arguments &arguments, Console &console)
 {
-    const QString output = arguments.operand(0);
+    const QString &output = arguments.operand(0);
     const QVector<Operand> files = arguments.operands().mid(1);
     checkOutput(output, files);
     QVector<Part> parts = readParts(files, arguments.options(), console);
@@ -230,8 +231,7 @@ QVector<Option> options()
            }
     + Game::options()
         + QVector<Option>{{SkipOption, nullptr,
-                           "Leave out notes that the instrument does not map, and print their "
-                           "number as \"skipped\"."}};
+                           "Leave out notes that the instrument does not map, and count them."}};
 }
 
 } // namespace

@@ -1,21 +1,32 @@
 #include "cli/Tunes.h"
 
+#include "ABC/ABCFile.h"
 #include "ABC/ABCParser.h"
 #include "cli/Files.h"
 
 #include <QFileInfo>
 
+namespace {
+
+const QLatin1String StandardInput("-");
+
+Track readStandardInput()
+{
+    return ABCParser().parse(QString::fromUtf8(Files::readText(StandardInput)));
+}
+
+} // namespace
+
 Track Tunes::read(const QString &path)
 {
-    const QByteArray bytes = Files::readText(path);
-    Track track = ABCParser().parse(QString::fromUtf8(bytes));
-    track.setFileName(path);
-    return track;
+    if (path.isEmpty()) // which Qt would add a warning of its own to
+        throw QStringLiteral("Could not open file.");
+    return path == StandardInput ? readStandardInput() : loadABCFile(path);
 }
 
 QString Tunes::stem(const QString &path)
 {
-    if (path == QLatin1String("-"))
+    if (path == StandardInput)
         return QStringLiteral("stdin");
     const QFileInfo info(path);
     const QString stem = info.completeBaseName();

@@ -5,9 +5,8 @@
 /// Music files as the commands take them.
 namespace Tunes {
 
-/// The tune of an ABC file, or of standard input for "-": its text up to the first NUL byte,
-/// taken as UTF-8. The track's file name is `path`. Throws "Could not open file." or what the
-/// parser has to say.
+/// The tune of an ABC file as loadABCFile() reads it, or the tune on standard input for "-".
+/// Throws as that function does.
 Track read(const QString &path);
 
 /// The file's name without directory and last suffix; "stdin" for "-".

@@ -35,7 +35,7 @@ make_demo() {
     fi
     echo "Making the demo game in $data/demo-game"
     mkdir -p "$data"
-    "$cli" demo-game "$data/demo-game" --songs "$data/demo-songs"
+    "$cli" demo-game "$data/demo-game" --songs "$data/demo-songs" >/dev/null
     echo "$stamp" >"$data/demo-stamp"
 }
 
@@ -61,7 +61,7 @@ render_demo_song() {
     seconds=$(sed -n 's/.*"seconds":\([0-9.]*\).*/\1/p' <<<"$report")
     echo
     echo "Rendered the demo song to $wave"
-    echo "Length: $seconds seconds"
+    LC_NUMERIC=C printf 'Length: %.1f seconds\n' "$seconds"
 }
 
 "$root/scripts/setup.sh" run

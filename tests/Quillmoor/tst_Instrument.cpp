@@ -213,7 +213,8 @@ private slots:
     {
         const MessageCapture log;
         const Instrument instrument =
-            mapped("\"60\":{\"f\":261.63,\"files\":[]},\"62\":{\"f\":293.66}");
+            mapped("\"48\":{\"f\":130.81,\"file\":\"/c3\"},"
+                   "\"60\":{\"f\":261.63,\"files\":[]},\"62\":{\"f\":293.66}");
         QCOMPARE(instrument.sample(60), sample({}, 1.0, 261.63));
         QCOMPARE(instrument.sample(60).randomFile(), QString());
         QCOMPARE(instrument.sample(62), sample({}, 293.66 / 261.63, 293.66));

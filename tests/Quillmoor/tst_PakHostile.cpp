@@ -78,7 +78,7 @@ private:
 
     QString packageOf(const QByteArray &bytes)
     {
-        const QString path = m_dir.filePath(name("hostile.pak"));
+        QString path = m_dir.filePath(name("hostile.pak"));
         writeFile(path, bytes);
         return path;
     }

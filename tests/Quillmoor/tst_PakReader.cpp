@@ -32,7 +32,7 @@ QByteArray keyOf(char byte)
 QString neighbour(const QString &path, bool above)
 {
     for (int i = 0;; ++i) {
-        const QString candidate = QStringLiteral("/candidate/%1").arg(i);
+        QString candidate = QStringLiteral("/candidate/%1").arg(i);
         if ((PackageBuilder::key(candidate) > PackageBuilder::key(path)) == above)
             return candidate;
     }
@@ -48,7 +48,7 @@ private:
 
     QString packageOf(const QByteArray &bytes)
     {
-        const QString path = m_dir.filePath(name("test.pak"));
+        QString path = m_dir.filePath(name("test.pak"));
         writeFile(path, bytes);
         return path;
     }
@@ -60,7 +60,7 @@ private:
     QString openMessage(const QByteArray &bytes)
     {
         PakReader reader(packageOf(bytes));
-        const QString message = thrownBy([&] { reader.open(); });
+        QString message = thrownBy([&] { reader.open(); });
         if (reader.isOpen())
             return name("left open: ") + message;
         return message;

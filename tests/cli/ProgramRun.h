@@ -11,8 +11,8 @@
 
 #include <functional>
 
-/// Runs the built quillmoor-cli as a script would, under LANG=C, without a home directory of its
-/// own and without a game.
+/// Runs the built quillmoor-cli as a script would, under LANG=C, with the built-in sound engine,
+/// without a home directory and without a game.
 class ProgramRun {
 public:
     struct Outcome {

@@ -12,7 +12,7 @@
 namespace {
 
 constexpr int Rate = 48000;
-constexpr int Frames = Rate / 2;
+constexpr int Frames = Rate * 2;
 
 void makeFileBelow(const QString &directory, const char *path, const QByteArray &contents)
 {
@@ -77,7 +77,7 @@ void makeInstrumentTree(const QString &directory)
         "{\"shortdescription\":\"Lute\",\"kind\":\"lute\",\"inventoryIcon\":\"lute.png\"}");
     makeFileBelow(directory, "/items/instruments/lute.png", icon());
     makeFileBelow(directory, "/sfx/instruments/lute/tuning.config",
-                  "// half a second of a sine\n"
+                  "// two seconds of a sine\n"
                   "{\"fadeout\":0.25,\"mapping\":{"
                   "\"60\":{\"files\":[\"/sfx/instruments/lute/a.wav\"],\"f\":261.625},"
                   "\"61\":{\"f\":277.18}}}");

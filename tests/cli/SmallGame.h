@@ -4,7 +4,7 @@
 
 /// A game directory that is made in no time: two instruments in its package and one in a mod.
 ///
-/// "Lute" maps the notes 60 and 61 to half a second of a sine at half of full scale (60 has it,
+/// "Lute" maps the notes 60 and 61 to two seconds of a sine at half of full scale (60 has it,
 /// 61 borrows it) and fades for a quarter of a second; it has an icon. "Drum" maps only note 60,
 /// to the same sound, and has no icon. The mod directory "more" holds "Whistle", made as "Drum".
 void makeSmallGame(const QString &directory);

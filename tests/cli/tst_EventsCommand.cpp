@@ -16,6 +16,8 @@ private slots:
     void failingFilesDoNotStopTheOthers();
     void directoryCannotBeOpened();
     void parserErrorsAreReported();
+    void parserWarningsNameTheFile();
+    void repeatedWarningsAreCounted();
     void textEndsAtTheFirstNul();
     void endlessInputOfNulsIsAnEmptyText();
     void standardInputIsADash();
@@ -132,6 +134,26 @@ void tst_EventsCommand::parserErrorsAreReported()
     QVERIFY2(outcome.output.startsWith("{\"file\":\"a.abc\",\"error\":\""), outcome.output);
     QCOMPARE(outcome.output.count('\n'), 1);
     QCOMPARE(outcome.errors, QByteArray());
+}
+
+void tst_EventsCommand::parserWarningsNameTheFile()
+{
+    tune(QStringLiteral("a.abc"), "X:1\nT:A\nK:?\nC\n");
+    ProgramRun program(args({"events", "a.abc"}));
+    const ProgramRun::Outcome outcome = program.workingDirectory(m_dir->path()).outcome();
+    QCOMPARE(outcome.status, 0);
+    QCOMPARE(outcome.errors, QByteArray("quillmoor-cli: a.abc: \"Could not parse key: ?\"\n"));
+}
+
+void tst_EventsCommand::repeatedWarningsAreCounted()
+{
+    tune(QStringLiteral("a.abc"), "X:1\nT:A\nK:C\nC\nK:?\nC\nK:?\nC\nK:?\nC\n");
+    ProgramRun program(args({"events", "a.abc", "missing.abc"}));
+    const ProgramRun::Outcome outcome = program.workingDirectory(m_dir->path()).outcome();
+    QCOMPARE(outcome.status, 1);
+    QCOMPARE(outcome.errors,
+             QByteArray("quillmoor-cli: a.abc: \"Could not parse key: '?'\"\n"
+                        "quillmoor-cli: (the last warning came 2 more times)\n"));
 }
 
 void tst_EventsCommand::textEndsAtTheFirstNul()

@@ -21,7 +21,7 @@ if [ "$1" = demo-game ]; then
     mkdir -p "$2" "$4/A midi file" "$4/Two parts"
     touch "$4/A midi file/song.mid" "$4/Two parts/1.abc" "$4/Two parts/2.abc"
 else
-    echo '{"file":"x","seconds":12.5,"frames":600000}'
+    echo '{"file":"x","seconds":12.4666,"frames":600000}'
 fi
 END
 )
