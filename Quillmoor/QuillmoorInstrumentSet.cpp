@@ -181,8 +181,7 @@ void QuillmoorInstrumentSet::add(const QString &displayName, const Instrument &i
                                  const QIcon &icon)
 {
     m_instruments.insert(displayName, {instrument, icon});
-    m_names.append(displayName);
-    std::stable_sort(m_names.begin(), m_names.end());
+    m_names.insert(std::upper_bound(m_names.begin(), m_names.end(), displayName), displayName);
 }
 
 bool QuillmoorInstrumentSet::loadDirectory(const QDir &directory, bool packagesOnly)

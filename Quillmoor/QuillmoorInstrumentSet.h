@@ -8,8 +8,6 @@
 #include <QString>
 #include <QStringList>
 
-class QJsonObject;
-
 /// The catalogue of the game's instruments by display name, read once from the game's directory:
 /// from its packages, loose directories and mods. The first of several instruments of one display
 /// name stays.

@@ -3,12 +3,15 @@
 #include "Quillmoor/PakWriter.h"
 #include "TestSupport/MessageCapture.h"
 #include "TestSupport/PackageBuilder.h"
+#include "TestSupport/ResourceWatch.h"
 #include "TestSupport/Thrown.h"
 
 #include <QBuffer>
 #include <QImage>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <algorithm>
 
 namespace {
 
@@ -235,6 +238,17 @@ private slots:
         for (const char *const added : {"b", "a", "C"})
             set.add(name(added), Instrument(), QIcon());
         QCOMPARE(set.names(), (QStringList{name("C"), name("None"), name("a"), name("b")}));
+    }
+
+    void manyNamesAreAddedQuickly()
+    {
+        QuillmoorInstrumentSet set(root(), false);
+        const ResourceWatch watch;
+        for (int i = 0; i < 20000; ++i)
+            set.add(QStringLiteral("A name as long as others %1").arg(i * 7919 % 20000), {}, {});
+        QVERIFY(watch.isWithinLimits());
+        QVERIFY(std::is_sorted(set.names().begin(), set.names().end()));
+        QCOMPARE(set.names().size(), 20001);
     }
 
     void onlyExactPathsInAPackageAreInstruments()
