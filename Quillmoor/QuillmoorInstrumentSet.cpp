@@ -6,7 +6,7 @@
 #include "model/MessageLog.h"
 
 #include <QBuffer>
-#include <QFile>
+#include <QFileInfo>
 #include <QImageReader>
 #include <QJsonObject>
 #include <QPixmap>
@@ -89,6 +89,14 @@ bool isInstrumentPath(const QString &path)
 {
     return path.startsWith(QLatin1String("/items/instruments/"))
         && path.endsWith(QLatin1String(".instrument"));
+}
+
+QIcon looseIcon(const QString &path, const QString &displayName)
+{
+    if (QFileInfo(path).isFile())
+        return QIcon(path);
+    reportNoIcon(InDirectory, displayName);
+    return {};
 }
 
 QIcon packedIcon(PakReader &package, const Description &description)
@@ -220,16 +228,14 @@ void QuillmoorInstrumentSet::loadLooseInstrument(const QDir &directory, const QD
         return;
     const QString tuningPath =
         QStringLiteral("%1/%2/tuning.config").arg(sounds.absolutePath(), description->kind);
-    if (!QFile::exists(tuningPath)) {
+    if (!QFileInfo(tuningPath).isFile()) {
         reportNoTuning(InDirectory, description->displayName);
         return;
     }
     const QString iconPath = QStringLiteral("%1/%2").arg(items.absolutePath(), description->icon);
-    if (!QFile::exists(iconPath))
-        reportNoIcon(InDirectory, description->displayName);
+    const QIcon icon = looseIcon(iconPath, description->displayName);
     add(description->displayName,
-        Instrument::fromFile(description->kind, tuningPath, directory.absolutePath()),
-        QIcon(iconPath));
+        Instrument::fromFile(description->kind, tuningPath, directory.absolutePath()), icon);
 }
 
 bool QuillmoorInstrumentSet::loadPakFile(const QString &path)

@@ -13,6 +13,8 @@
 
 #include <algorithm>
 
+#include <sys/stat.h>
+
 namespace {
 
 QString name(const char *latin1)
@@ -455,15 +457,51 @@ private slots:
         QTEST(thrownBy([&] { QuillmoorInstrumentSet(root(), false); }), "message");
     }
 
-    void aTuningPathThatIsADirectoryCannotBeOpened()
+    void aDirectoryIsNoTuningFile()
     {
         Files()
-            .add("/items/instruments/a.instrument", description("Lute", "lute"))
-            .add("/sfx/instruments/lute/tuning.config/x", "")
+            .add("/items/instruments/a.instrument", description("Kazoo", "kazoo"))
+            .add("/sfx/instruments/kazoo/tuning.config/x", "")
             .unpack(in("user"));
         const MessageCapture log;
-        QCOMPARE(thrownBy([&] { QuillmoorInstrumentSet(root(), false); }),
-                 name("Could not read tuning file for lute. Reason: Could not open file."));
+        QCOMPARE(names(), QStringList{name("None")});
+        QCOMPARE(log.texts(), QStringList{name("No tuning file found for instrument Kazoo!")});
+    }
+
+    void aDirectoryIsNoIconFile()
+    {
+        instrument("Lute", "lute")
+            .add("/items/instruments/lute.instrument",
+                 "{\"shortdescription\":\"Lute\",\"kind\":\"lute\"}")
+            .unpack(in("user"));
+        const MessageCapture log;
+        QCOMPARE(names(), QStringList{name("Lute")});
+        QCOMPARE(log.texts(), QStringList{name("No icon file found for instrument Lute!")});
+    }
+
+    void pipesAreNotWaitedFor_data()
+    {
+        QTest::addColumn<QString>("pipe");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("description") << "user/items/instruments/lute.instrument"
+                                     << "Could not read instrument file lute.instrument.";
+        QTest::newRow("tuning") << "user/sfx/instruments/lute/tuning.config"
+                                << "No tuning file found for instrument Lute!";
+        QTest::newRow("icon") << "user/items/instruments/lute.png"
+                              << "No icon file found for instrument Lute!";
+    }
+
+    void pipesAreNotWaitedFor()
+    {
+        QFETCH(QString, pipe);
+        QFETCH(QString, message);
+        instrument("Lute", "lute").unpack(in("user"));
+        QVERIFY(QFile::remove(m_dir->filePath(pipe)));
+        QCOMPARE(mkfifo(in("pipe").toLocal8Bit().constData(), 0600), 0);
+        QVERIFY(QFile::link(in("pipe"), m_dir->filePath(pipe)));
+        const MessageCapture log;
+        QuillmoorInstrumentSet(root(), false);
+        QCOMPARE(log.texts(), QStringList{message});
     }
 
     void looseInstrumentsNeedBothDirectories()
