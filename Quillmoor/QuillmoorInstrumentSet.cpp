@@ -1,22 +1,18 @@
 #include "Quillmoor/QuillmoorInstrumentSet.h"
 
+#include "Quillmoor/IconFile.h"
 #include "Quillmoor/JsonFile.h"
 #include "Quillmoor/PakPath.h"
 #include "Quillmoor/PakReader.h"
 #include "model/MessageLog.h"
 
-#include <QBuffer>
 #include <QFileInfo>
-#include <QImageReader>
 #include <QJsonObject>
-#include <QPixmap>
 
 #include <algorithm>
 #include <optional>
 
 namespace {
-
-constexpr int LargestIconSide = 4096;
 
 constexpr char Source[] = "Quillmoor/QuillmoorInstrumentSet";
 constexpr char InDirectory[] = "bool QuillmoorInstrumentSet::loadDirectory(const QDir&, bool)";
@@ -64,22 +60,6 @@ void reportNoIcon(const char *function, const QString &displayName)
                         QStringLiteral("No icon file found for instrument %1!").arg(displayName));
 }
 
-bool isTooLarge(const QSize &size)
-{
-    return size.width() > LargestIconSide || size.height() > LargestIconSide;
-}
-
-/// Nothing for a picture that is too large to be an icon; a null icon for bytes that are no
-/// picture.
-std::optional<QIcon> decodeIcon(QByteArray bytes)
-{
-    QBuffer buffer(&bytes);
-    QImageReader reader(&buffer);
-    if (isTooLarge(reader.size()))
-        return {};
-    return QIcon(QPixmap::fromImageReader(&reader));
-}
-
 QStringList filesMatching(const QDir &directory, const QString &pattern)
 {
     return directory.entryList({pattern}, QDir::Files, QDir::Unsorted);
@@ -93,8 +73,8 @@ bool isInstrumentPath(const QString &path)
 
 QIcon looseIcon(const QString &path, const QString &displayName)
 {
-    if (QFileInfo(path).isFile())
-        return QIcon(path);
+    if (const std::optional<QIcon> icon = IconFile::load(path))
+        return *icon;
     reportNoIcon(InDirectory, displayName);
     return {};
 }
@@ -103,7 +83,7 @@ QIcon packedIcon(PakReader &package, const Description &description)
 {
     QByteArray bytes;
     if (package.tryGetFile(QStringLiteral("/items/instruments/%1").arg(description.icon), bytes)) {
-        if (const std::optional<QIcon> icon = decodeIcon(bytes))
+        if (const std::optional<QIcon> icon = IconFile::decode(bytes))
             return *icon;
     }
     reportNoIcon(InPackage, description.displayName);

@@ -32,6 +32,32 @@ QByteArray picture(int width, int height)
     return bytes;
 }
 
+QByteArray littleEndian(quint32 value, int size)
+{
+    QByteArray bytes;
+    for (int shift = 0; shift < 8 * size; shift += 8)
+        bytes.append(static_cast<char>(value >> shift));
+    return bytes;
+}
+
+/// A screen of `side` by `side` with a black picture of `pictureSide` by `pictureSide` on it.
+QByteArray gif(quint32 side, quint32 pictureSide)
+{
+    const QByteArray corner(4, '\0');
+    const QByteArray palette("\0\0\0\xFF\xFF\xFF", 6);
+    return "GIF89a" + littleEndian(side, 2) + littleEndian(side, 2) + littleEndian(0x80, 3)
+        + palette + ',' + corner + littleEndian(pictureSide, 2) + littleEndian(pictureSide, 2)
+        + littleEndian(0, 1) + "\2\2\x44\1" + littleEndian(0x3B00, 2);
+}
+
+/// Announces 16 by 16 pixels, whatever the PNG picture in it is.
+QByteArray ico(const QByteArray &png)
+{
+    return littleEndian(0x10000, 4) + littleEndian(1, 2) + littleEndian(0x1010, 4)
+        + littleEndian(0x200001, 4) + littleEndian(static_cast<quint32>(png.size()), 4)
+        + littleEndian(22, 4) + png;
+}
+
 QByteArray description(const QByteArray &displayName, const QByteArray &kind)
 {
     return "{ \"shortdescription\" : \"" + displayName + "\", // name\n \"kind\" : \"" + kind
@@ -374,19 +400,35 @@ private slots:
         QCOMPARE(log.texts(), QStringList());
     }
 
+    void aHugeIconIsNotDecoded_data()
+    {
+        QTest::addColumn<QByteArray>("icon");
+        QTest::addColumn<bool>("isHuge");
+        QTest::newRow("png") << picture(4097, 1) << true;
+        QTest::newRow("png of the largest size") << picture(4096, 1) << false;
+        QTest::newRow("gif") << gif(16000, 10) << true;
+        QTest::newRow("gif of the largest size") << gif(4096, 10) << false;
+        QTest::newRow("ico") << ico(picture(1, 20000)) << true;
+        QTest::newRow("ico of the largest size") << ico(picture(1, 4096)) << false;
+    }
+
     void aHugeIconIsNotDecoded()
     {
-        instrument("Lute", "lute")
-            .add("/items/instruments/lute.png", picture(4097, 1))
-            .pack(in("assets/packed.pak"));
-        instrument("Drum", "drum")
-            .add("/items/instruments/drum.png", picture(4096, 1))
-            .pack(in("assets/drum.pak"));
-        const MessageCapture log;
-        const QuillmoorInstrumentSet set(root(), false);
-        QVERIFY(set.icon(name("Lute")).isNull());
-        QVERIFY(!set.icon(name("Drum")).isNull());
-        QCOMPARE(log.texts(), QStringList{name("No icon file found for instrument Lute!")});
+        QFETCH(QByteArray, icon);
+        QFETCH(bool, isHuge);
+        const QStringList messages =
+            isHuge ? QStringList{name("No icon file found for instrument Lute!")} : QStringList();
+        const Files lute = instrument("Lute", "lute").add("/items/instruments/lute.png", icon);
+        const auto compare = [&] {
+            const MessageCapture log;
+            const QuillmoorInstrumentSet set(root(), false);
+            QCOMPARE(set.icon(name("Lute")).availableSizes().isEmpty(), isHuge);
+            QCOMPARE(log.texts(), messages);
+        };
+        lute.unpack(in("assets/user"));
+        compare();
+        lute.pack(in("assets/packed.pak"));
+        compare();
     }
 
     void aDamagedPackageIsReportedAndHidesNoOther()
