@@ -542,7 +542,7 @@ private slots:
         QCOMPARE(mkfifo(in("pipe").toLocal8Bit().constData(), 0600), 0);
         QVERIFY(QFile::link(in("pipe"), m_dir->filePath(pipe)));
         const MessageCapture log;
-        QuillmoorInstrumentSet(root(), false);
+        const QuillmoorInstrumentSet set(root(), false);
         QCOMPARE(log.texts(), QStringList{message});
     }
 
