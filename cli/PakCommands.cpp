@@ -117,7 +117,7 @@ void save(const PakWriter &writer, const QString &output)
 
 int pack(const Arguments &arguments, Console &console)
 {
-    const QString output = arguments.operand(0);
+    const QString &output = arguments.operand(0);
     const QDir directory = existingDirectory(arguments.operand(1));
     PakWriter writer;
     int count = 0;
