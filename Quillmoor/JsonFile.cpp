@@ -1,6 +1,7 @@
 #include "Quillmoor/JsonFile.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 
 namespace {
@@ -27,7 +28,8 @@ QJsonDocument JsonFile::read(const QString &path, QJsonParseError *error)
     if (error != nullptr)
         *error = {};
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    // A pipe would block, and a device may never end.
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return {};
     return parse(file.readAll(), error);
 }

@@ -9,7 +9,7 @@
 namespace JsonFile {
 
 /// A null document on failure. `error` (may be null) then tells the reason, or QJsonParseError::
-/// NoError when the file could not be opened.
+/// NoError when the file could not be opened or is no regular file.
 QJsonDocument read(const QString &path, QJsonParseError *error = nullptr);
 QJsonDocument parse(const QByteArray &bytes, QJsonParseError *error = nullptr);
 

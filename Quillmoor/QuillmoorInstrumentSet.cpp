@@ -1,22 +1,18 @@
 #include "Quillmoor/QuillmoorInstrumentSet.h"
 
+#include "Quillmoor/IconFile.h"
 #include "Quillmoor/JsonFile.h"
 #include "Quillmoor/PakPath.h"
 #include "Quillmoor/PakReader.h"
 #include "model/MessageLog.h"
 
-#include <QBuffer>
-#include <QFile>
-#include <QImageReader>
+#include <QFileInfo>
 #include <QJsonObject>
-#include <QPixmap>
 
 #include <algorithm>
 #include <optional>
 
 namespace {
-
-constexpr int LargestIconSide = 4096;
 
 constexpr char Source[] = "Quillmoor/QuillmoorInstrumentSet";
 constexpr char InDirectory[] = "bool QuillmoorInstrumentSet::loadDirectory(const QDir&, bool)";
@@ -64,22 +60,6 @@ void reportNoIcon(const char *function, const QString &displayName)
                         QStringLiteral("No icon file found for instrument %1!").arg(displayName));
 }
 
-bool isTooLarge(const QSize &size)
-{
-    return size.width() > LargestIconSide || size.height() > LargestIconSide;
-}
-
-/// Nothing for a picture that is too large to be an icon; a null icon for bytes that are no
-/// picture.
-std::optional<QIcon> decodeIcon(QByteArray bytes)
-{
-    QBuffer buffer(&bytes);
-    QImageReader reader(&buffer);
-    if (isTooLarge(reader.size()))
-        return {};
-    return QIcon(QPixmap::fromImageReader(&reader));
-}
-
 QStringList filesMatching(const QDir &directory, const QString &pattern)
 {
     return directory.entryList({pattern}, QDir::Files, QDir::Unsorted);
@@ -91,11 +71,19 @@ bool isInstrumentPath(const QString &path)
         && path.endsWith(QLatin1String(".instrument"));
 }
 
+QIcon looseIcon(const QString &path, const QString &displayName)
+{
+    if (const std::optional<QIcon> icon = IconFile::load(path))
+        return *icon;
+    reportNoIcon(InDirectory, displayName);
+    return {};
+}
+
 QIcon packedIcon(PakReader &package, const Description &description)
 {
     QByteArray bytes;
     if (package.tryGetFile(QStringLiteral("/items/instruments/%1").arg(description.icon), bytes)) {
-        if (const std::optional<QIcon> icon = decodeIcon(bytes))
+        if (const std::optional<QIcon> icon = IconFile::decode(bytes))
             return *icon;
     }
     reportNoIcon(InPackage, description.displayName);
@@ -181,8 +169,7 @@ void QuillmoorInstrumentSet::add(const QString &displayName, const Instrument &i
                                  const QIcon &icon)
 {
     m_instruments.insert(displayName, {instrument, icon});
-    m_names.append(displayName);
-    std::stable_sort(m_names.begin(), m_names.end());
+    m_names.insert(std::upper_bound(m_names.begin(), m_names.end(), displayName), displayName);
 }
 
 bool QuillmoorInstrumentSet::loadDirectory(const QDir &directory, bool packagesOnly)
@@ -221,16 +208,14 @@ void QuillmoorInstrumentSet::loadLooseInstrument(const QDir &directory, const QD
         return;
     const QString tuningPath =
         QStringLiteral("%1/%2/tuning.config").arg(sounds.absolutePath(), description->kind);
-    if (!QFile::exists(tuningPath)) {
+    if (!QFileInfo(tuningPath).isFile()) {
         reportNoTuning(InDirectory, description->displayName);
         return;
     }
     const QString iconPath = QStringLiteral("%1/%2").arg(items.absolutePath(), description->icon);
-    if (!QFile::exists(iconPath))
-        reportNoIcon(InDirectory, description->displayName);
+    const QIcon icon = looseIcon(iconPath, description->displayName);
     add(description->displayName,
-        Instrument::fromFile(description->kind, tuningPath, directory.absolutePath()),
-        QIcon(iconPath));
+        Instrument::fromFile(description->kind, tuningPath, directory.absolutePath()), icon);
 }
 
 bool QuillmoorInstrumentSet::loadPakFile(const QString &path)

@@ -8,13 +8,12 @@
 #include <QString>
 #include <QStringList>
 
-class QJsonObject;
-
 /// The catalogue of the game's instruments by display name, read once from the game's directory:
 /// from its packages, loose directories and mods. The first of several instruments of one display
 /// name stays.
 ///
-/// What is damaged is logged and left out. Lives on the user-interface thread, and needs a
+/// What is damaged is logged and left out. A file has to be a regular one, and an icon of more than
+/// 4096 pixels a side counts as missing. Lives on the user-interface thread, and needs a
 /// QGuiApplication for the icons.
 class QuillmoorInstrumentSet {
 public:
@@ -39,8 +38,7 @@ public:
     /// files. Answers true. Throws as the constructor does.
     bool loadDirectory(const QDir &directory, bool packagesOnly);
     /// Answers false, with a warning in the log, when something in the package is damaged; the
-    /// instruments found before that stay. An icon of more than 4096 pixels a side counts as
-    /// missing.
+    /// instruments found before that stay.
     bool loadPakFile(const QString &path);
 
 private:

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <numeric>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -98,68 +100,56 @@ sf_count_t memoryTell(void *user)
     return memoryFile(user).position;
 }
 
-struct ChannelGain {
-    float left;
-    float right;
-};
+/// For one side of the result, how much of each of the file's channels goes there.
+using Gains = std::vector<float>;
 
-/// Where a channel of a file with more than two goes, in the order of WAV files: left, right,
-/// centre, bass (left out), then pairs from further behind or aside. Four channels are two pairs.
-ChannelGain downmixGain(int channel, int channels)
+/// Channels in the order of WAV files: left, right, centre, bass (left out), then pairs from
+/// further behind or aside. Four channels are two pairs.
+float downmixGain(int channel, int channels, int side)
 {
     constexpr float HalfPower = 0.70710678F;
     const bool hasCentre = channels != 4;
-    if (channel == 0)
-        return {1.0F, 0.0F};
-    if (channel == 1)
-        return {0.0F, 1.0F};
+    if (channel < 2)
+        return channel == side ? 1.0F : 0.0F;
     if (hasCentre && channel == 2)
-        return {HalfPower, HalfPower};
+        return HalfPower;
     if (hasCentre && channel == 3)
-        return {0.0F, 0.0F};
-    return channel % 2 == 0 ? ChannelGain{HalfPower, 0.0F} : ChannelGain{0.0F, HalfPower};
+        return 0.0F;
+    return channel % 2 == side ? HalfPower : 0.0F;
 }
 
-std::vector<ChannelGain> channelGains(int channels)
+Gains downmixGains(int channels, int side)
 {
-    if (channels == 1)
-        return {{1.0F, 0.0F}};
-    std::vector<ChannelGain> gains;
-    ChannelGain sum = {0.0F, 0.0F};
-    for (int channel = 0; channel < channels; ++channel) {
-        gains.push_back(downmixGain(channel, channels));
-        sum.left += gains.back().left;
-        sum.right += gains.back().right;
-    }
-    for (ChannelGain &gain : gains) {
-        gain.left /= sum.left;
-        gain.right /= sum.right;
-    }
+    Gains gains;
+    for (int channel = 0; channel < channels; ++channel)
+        gains.push_back(downmixGain(channel, channels, side));
+    const float sum = std::accumulate(gains.begin(), gains.end(), 0.0F);
+    for (float &gain : gains)
+        gain /= sum;
     return gains;
 }
 
-void appendFrames(const float *chunk, std::size_t frames, const std::vector<ChannelGain> &gains,
-                  AudioSample &sample)
+void appendSide(const std::vector<float> &chunk, std::size_t frames, const Gains &gains,
+                std::vector<float> &side)
 {
-    const bool stereo = gains.size() > 1;
-    for (std::size_t frame = 0; frame < frames; ++frame) {
-        float left = 0.0F;
-        float right = 0.0F;
-        for (const ChannelGain &gain : gains) {
-            const float value = cleanSample(*chunk++);
-            left += value * gain.left;
-            right += value * gain.right;
-        }
-        sample.left.push_back(left);
-        if (stereo)
-            sample.right.push_back(right);
+    const std::size_t channels = gains.size();
+    const std::size_t start = side.size();
+    side.resize(start + frames);
+    for (std::size_t channel = 0; channel < channels; ++channel) {
+        const float gain = gains[channel];
+        if (gain == 0.0F)
+            continue;
+        for (std::size_t frame = 0; frame < frames; ++frame)
+            side[start + frame] += chunk[frame * channels + channel] * gain;
     }
 }
 
 FMOD_RESULT readFrames(SNDFILE *file, int channels, AudioSample &sample)
 {
-    const std::vector<ChannelGain> gains = channelGains(channels);
-    const std::size_t maxFrames = Decoder::MaxSamples / std::min<std::size_t>(gains.size(), 2);
+    const bool stereo = channels > 1;
+    const Gains leftGains = stereo ? downmixGains(channels, 0) : Gains{1.0F};
+    const Gains rightGains = stereo ? downmixGains(channels, 1) : Gains();
+    const std::size_t maxFrames = Decoder::MaxSamples / (stereo ? 2 : 1);
     const sf_count_t chunkFrames = ChunkSamples / channels;
     std::vector<float> chunk(static_cast<std::size_t>(chunkFrames * channels));
     for (;;) {
@@ -169,7 +159,10 @@ FMOD_RESULT readFrames(SNDFILE *file, int channels, AudioSample &sample)
         const std::size_t frames = static_cast<std::size_t>(std::min(read, chunkFrames));
         if (frames > maxFrames - sample.frames())
             return FMOD_ERR_MEMORY;
-        appendFrames(chunk.data(), frames, gains, sample);
+        std::transform(chunk.begin(), chunk.end(), chunk.begin(), cleanSample);
+        appendSide(chunk, frames, leftGains, sample.left);
+        if (stereo)
+            appendSide(chunk, frames, rightGains, sample.right);
     }
     return sample.frames() == 0 && sf_error(file) != SF_ERR_NO_ERROR ? FMOD_ERR_FILE_BAD : FMOD_OK;
 }

@@ -25,7 +25,7 @@ std::optional<VoiceBank::Slot> VoiceBank::start(const Sample &sample, std::uint6
 
 std::vector<VoiceBank::Slot> VoiceBank::collectEnded()
 {
-    const std::vector<Slot> ended = m_mixer.ended();
+    std::vector<Slot> ended = m_mixer.ended();
     m_mixer.clearEnded();
     for (const Slot slot : ended) {
         m_samples[slot].reset();

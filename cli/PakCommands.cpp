@@ -28,7 +28,8 @@ const char *const PackDescription =
     "Makes the asset package OUT of all files below DIR. The file DIR/items/a.png gets the path\n"
     "/items/a.png, so DIR is laid out like a mod directory. Links to directories are not "
     "followed;\n"
-    "OUT itself is left out. Prints {\"file\":...,\"files\":...,\"bytes\":...}.\n";
+    "OUT itself, devices and pipes are left out. Prints "
+    "{\"file\":...,\"files\":...,\"bytes\":...}.\n";
 
 void printPath(const QString &path, Console &console)
 {
@@ -72,8 +73,11 @@ QStringList filesBelow(const QString &directory)
 {
     QStringList files;
     QDirIterator walk(directory, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (walk.hasNext())
-        files.append(walk.next());
+    while (walk.hasNext()) {
+        const QString file = walk.next();
+        if (!Files::isSpecial(file)) // what a link leads to may be a pipe
+            files.append(file);
+    }
     std::sort(files.begin(), files.end());
     return files;
 }

@@ -2,12 +2,11 @@
 
 #include "TestSupport/MessageCapture.h"
 #include "TestSupport/PackageBuilder.h"
+#include "TestSupport/ResourceWatch.h"
 #include "TestSupport/Thrown.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
-
-#include <cmath>
 
 namespace {
 
@@ -306,17 +305,10 @@ private slots:
         QCOMPARE(log.texts(), QStringList{message});
     }
 
-    void numbersPastDoublesAreHarmless()
+    void numbersPastDoublesAreNoJson()
     {
-        const MessageCapture log;
-        const QString message = thrownBy([] {
-            const Instrument instrument =
-                tuned("{\"fadeout\":1e999,\"mapping\":{\"60\":{\"f\":1e999,\"file\":\"/a\"},"
-                      "\"62\":{\"f\":1e999}}}");
-            QCOMPARE(instrument.fadeout(), 0.0);
-            QCOMPARE(instrument.sample(62).pitch(), 1.0);
-        });
-        QCOMPARE(message, name("Could not read tuning file for lute. Reason: illegal number."));
+        QCOMPARE(thrownBy([] { tuned("{\"fadeout\":1e999}"); }),
+                 name("Could not read tuning file for lute. Reason: illegal number."));
     }
 
     void aRandomFileIsOneOfTheFiles()
@@ -337,7 +329,9 @@ private slots:
         QByteArray members = "\"1\":{\"f\":1,\"file\":\"/a\"}";
         for (int i = 2; i <= 20000; ++i)
             members += ",\"" + QByteArray::number(i) + "\":{\"f\":2}";
+        const ResourceWatch watch;
         const Instrument instrument = mapped(members);
+        QVERIFY(watch.isWithinLimits());
         QCOMPARE(instrument.mapping().size(), 20000);
         QCOMPARE(instrument.sample(20000), sample({name("/a")}, 2.0, 2.0));
     }

@@ -5,6 +5,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sys/stat.h>
+
 class TestJsonFile : public QObject {
     Q_OBJECT
 
@@ -75,6 +77,18 @@ private slots:
         QVERIFY(JsonFile::read(QStringLiteral("/nowhere/x.json"), &error).isNull());
         QCOMPARE(error.error, QJsonParseError::NoError);
         QVERIFY(JsonFile::read(QStringLiteral("/nowhere/x.json")).isNull());
+    }
+
+    void onlyARegularFileIsOpened()
+    {
+        const QTemporaryDir dir;
+        const QString pipe = dir.filePath(QStringLiteral("pipe"));
+        QCOMPARE(mkfifo(pipe.toLocal8Bit().constData(), 0600), 0);
+        for (const QString &path : {pipe, dir.path(), QStringLiteral("/dev/zero")}) {
+            QJsonParseError error;
+            QVERIFY(JsonFile::read(path, &error).isNull());
+            QCOMPARE(error.error, QJsonParseError::NoError);
+        }
     }
 
     void brokenJsonIsNullWithItsError()

@@ -384,7 +384,6 @@ private slots:
     void aKeyIntoNoLeafIsARead()
     {
         PackageBuilder builder;
-        const QByteArray value(100, 'v');
         builder.addLeafBlock(PackageBuilder::leafStream(
                                  {PackageBuilder::entry(name("/other"), QByteArray(80, 'v')), {}}),
                              1);

@@ -3,12 +3,17 @@
 #include "Quillmoor/PakWriter.h"
 #include "TestSupport/MessageCapture.h"
 #include "TestSupport/PackageBuilder.h"
+#include "TestSupport/ResourceWatch.h"
 #include "TestSupport/Thrown.h"
 
 #include <QBuffer>
 #include <QImage>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <algorithm>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -25,6 +30,32 @@ QByteArray picture(int width, int height)
     QBuffer buffer(&bytes);
     image.save(&buffer, "PNG");
     return bytes;
+}
+
+QByteArray littleEndian(quint32 value, int size)
+{
+    QByteArray bytes;
+    for (int shift = 0; shift < 8 * size; shift += 8)
+        bytes.append(static_cast<char>(value >> shift));
+    return bytes;
+}
+
+/// A screen of `side` by `side` with a black picture of `pictureSide` by `pictureSide` on it.
+QByteArray gif(quint32 side, quint32 pictureSide)
+{
+    const QByteArray corner(4, '\0');
+    const QByteArray palette("\0\0\0\xFF\xFF\xFF", 6);
+    return "GIF89a" + littleEndian(side, 2) + littleEndian(side, 2) + littleEndian(0x80, 3)
+        + palette + ',' + corner + littleEndian(pictureSide, 2) + littleEndian(pictureSide, 2)
+        + littleEndian(0, 1) + "\2\2\x44\1" + littleEndian(0x3B00, 2);
+}
+
+/// Announces 16 by 16 pixels, whatever the PNG picture in it is.
+QByteArray ico(const QByteArray &png)
+{
+    return littleEndian(0x10000, 4) + littleEndian(1, 2) + littleEndian(0x1010, 4)
+        + littleEndian(0x200001, 4) + littleEndian(static_cast<quint32>(png.size()), 4)
+        + littleEndian(22, 4) + png;
 }
 
 QByteArray description(const QByteArray &displayName, const QByteArray &kind)
@@ -237,6 +268,17 @@ private slots:
         QCOMPARE(set.names(), (QStringList{name("C"), name("None"), name("a"), name("b")}));
     }
 
+    void manyNamesAreAddedQuickly()
+    {
+        QuillmoorInstrumentSet set(root(), false);
+        const ResourceWatch watch;
+        for (int i = 0; i < 20000; ++i)
+            set.add(QStringLiteral("A name as long as others %1").arg(i * 7919 % 20000), {}, {});
+        QVERIFY(watch.isWithinLimits());
+        QVERIFY(std::is_sorted(set.names().begin(), set.names().end()));
+        QCOMPARE(set.names().size(), 20001);
+    }
+
     void onlyExactPathsInAPackageAreInstruments()
     {
         Files files;
@@ -358,19 +400,35 @@ private slots:
         QCOMPARE(log.texts(), QStringList());
     }
 
+    void aHugeIconIsNotDecoded_data()
+    {
+        QTest::addColumn<QByteArray>("icon");
+        QTest::addColumn<bool>("isHuge");
+        QTest::newRow("png") << picture(4097, 1) << true;
+        QTest::newRow("png of the largest size") << picture(4096, 1) << false;
+        QTest::newRow("gif") << gif(16000, 10) << true;
+        QTest::newRow("gif of the largest size") << gif(4096, 10) << false;
+        QTest::newRow("ico") << ico(picture(1, 20000)) << true;
+        QTest::newRow("ico of the largest size") << ico(picture(1, 4096)) << false;
+    }
+
     void aHugeIconIsNotDecoded()
     {
-        instrument("Lute", "lute")
-            .add("/items/instruments/lute.png", picture(4097, 1))
-            .pack(in("assets/packed.pak"));
-        instrument("Drum", "drum")
-            .add("/items/instruments/drum.png", picture(4096, 1))
-            .pack(in("assets/drum.pak"));
-        const MessageCapture log;
-        const QuillmoorInstrumentSet set(root(), false);
-        QVERIFY(set.icon(name("Lute")).isNull());
-        QVERIFY(!set.icon(name("Drum")).isNull());
-        QCOMPARE(log.texts(), QStringList{name("No icon file found for instrument Lute!")});
+        QFETCH(QByteArray, icon);
+        QFETCH(bool, isHuge);
+        const QStringList messages =
+            isHuge ? QStringList{name("No icon file found for instrument Lute!")} : QStringList();
+        const Files lute = instrument("Lute", "lute").add("/items/instruments/lute.png", icon);
+        const auto compare = [&] {
+            const MessageCapture log;
+            const QuillmoorInstrumentSet set(root(), false);
+            QCOMPARE(set.icon(name("Lute")).availableSizes().isEmpty(), isHuge);
+            QCOMPARE(log.texts(), messages);
+        };
+        lute.unpack(in("assets/user"));
+        compare();
+        lute.pack(in("assets/packed.pak"));
+        compare();
     }
 
     void aDamagedPackageIsReportedAndHidesNoOther()
@@ -441,15 +499,51 @@ private slots:
         QTEST(thrownBy([&] { QuillmoorInstrumentSet(root(), false); }), "message");
     }
 
-    void aTuningPathThatIsADirectoryCannotBeOpened()
+    void aDirectoryIsNoTuningFile()
     {
         Files()
-            .add("/items/instruments/a.instrument", description("Lute", "lute"))
-            .add("/sfx/instruments/lute/tuning.config/x", "")
+            .add("/items/instruments/a.instrument", description("Kazoo", "kazoo"))
+            .add("/sfx/instruments/kazoo/tuning.config/x", "")
             .unpack(in("user"));
         const MessageCapture log;
-        QCOMPARE(thrownBy([&] { QuillmoorInstrumentSet(root(), false); }),
-                 name("Could not read tuning file for lute. Reason: Could not open file."));
+        QCOMPARE(names(), QStringList{name("None")});
+        QCOMPARE(log.texts(), QStringList{name("No tuning file found for instrument Kazoo!")});
+    }
+
+    void aDirectoryIsNoIconFile()
+    {
+        instrument("Lute", "lute")
+            .add("/items/instruments/lute.instrument",
+                 "{\"shortdescription\":\"Lute\",\"kind\":\"lute\"}")
+            .unpack(in("user"));
+        const MessageCapture log;
+        QCOMPARE(names(), QStringList{name("Lute")});
+        QCOMPARE(log.texts(), QStringList{name("No icon file found for instrument Lute!")});
+    }
+
+    void pipesAreNotWaitedFor_data()
+    {
+        QTest::addColumn<QString>("pipe");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("description") << "user/items/instruments/lute.instrument"
+                                     << "Could not read instrument file lute.instrument.";
+        QTest::newRow("tuning") << "user/sfx/instruments/lute/tuning.config"
+                                << "No tuning file found for instrument Lute!";
+        QTest::newRow("icon") << "user/items/instruments/lute.png"
+                              << "No icon file found for instrument Lute!";
+    }
+
+    void pipesAreNotWaitedFor()
+    {
+        QFETCH(QString, pipe);
+        QFETCH(QString, message);
+        instrument("Lute", "lute").unpack(in("user"));
+        QVERIFY(QFile::remove(m_dir->filePath(pipe)));
+        QCOMPARE(mkfifo(in("pipe").toLocal8Bit().constData(), 0600), 0);
+        QVERIFY(QFile::link(in("pipe"), m_dir->filePath(pipe)));
+        const MessageCapture log;
+        const QuillmoorInstrumentSet set(root(), false);
+        QCOMPARE(log.texts(), QStringList{message});
     }
 
     void looseInstrumentsNeedBothDirectories()

@@ -21,7 +21,7 @@ namespace {
 
 constexpr FMOD_MODE FileMode = FMOD_2D | FMOD_SOFTWARE | FMOD_CREATESAMPLE;
 constexpr FMOD_MODE MemoryMode = FileMode | FMOD_OPENMEMORY;
-constexpr int Block = 1024;
+constexpr std::size_t Block = 1024;
 
 struct ReleaseSystem {
     void operator()(FMOD::System *system) const { system->release(); }
@@ -87,6 +87,7 @@ void update(FMOD::System &system, int blocks)
 std::vector<short> ramp(int frames, int channels)
 {
     std::vector<short> samples;
+    samples.reserve(static_cast<std::size_t>(frames) * static_cast<std::size_t>(channels));
     for (int i = 0; i < frames * channels; ++i)
         samples.push_back(static_cast<short>(i * 37 % 65536 - 32768));
     return samples;
@@ -303,7 +304,7 @@ void tst_BuiltinSystem::fileWithoutUpdateHoldsNoSamples()
 void tst_BuiltinSystem::stereoComesBackBitByBit()
 {
     SystemPtr system = start();
-    const std::vector<short> samples = ramp(3 * Block, 2);
+    const std::vector<short> samples = ramp(3072, 2);
     FMOD::Channel *const channel =
         open(*system, load(*system, SoundFiles::encode16(48000, 2, samples)));
     QCOMPARE(channel->setPaused(false), FMOD_OK);
@@ -322,7 +323,7 @@ void tst_BuiltinSystem::startIsExactToTheFrame()
         QCOMPARE(channel->setPaused(false), FMOD_OK);
         update(*system, 6);
         std::vector<short> expected(6 * Block * 2, 0);
-        std::copy(samples.begin(), samples.end(), expected.begin() + 2 * start);
+        std::copy(samples.begin(), samples.end(), expected.begin() + 2 * std::ptrdiff_t{start});
         QVERIFY(finish(system).samples == expected);
     }
 }
@@ -345,6 +346,7 @@ void tst_BuiltinSystem::pitchShiftsTheRate()
 {
     SystemPtr system = start();
     std::vector<short> sine;
+    sine.reserve(22050);
     for (int i = 0; i < 22050; ++i)
         sine.push_back(static_cast<short>(16000 * std::sin(2 * M_PI * 441 * i / 22050)));
     FMOD::Channel *const channel =
@@ -363,7 +365,7 @@ void tst_BuiltinSystem::pitchShiftsTheRate()
         const double expected = 16000 * std::sin(2 * M_PI * 882 * i / 48000);
         QVERIFY(std::abs(samples[static_cast<std::size_t>(2 * i)] - expected) < 3);
     }
-    QCOMPARE(samples[2 * 24005], short{0});
+    QCOMPARE(samples[48010], short{0});
 }
 
 void tst_BuiltinSystem::monoPanHasConstantPower_data()
@@ -445,7 +447,7 @@ void tst_BuiltinSystem::volumeChangesDoNotClick()
 {
     SystemPtr system = start();
     FMOD::Sound *const sound =
-        load(*system, SoundFiles::encode16(48000, 2, std::vector<short>(2 * 10 * Block, 32767)));
+        load(*system, SoundFiles::encode16(48000, 2, std::vector<short>(20 * Block, 32767)));
     FMOD::Channel *const channel = open(*system, sound);
     QCOMPARE(channel->setPaused(false), FMOD_OK);
     for (int i = 0; i < 10; ++i) {
@@ -453,7 +455,7 @@ void tst_BuiltinSystem::volumeChangesDoNotClick()
         QCOMPARE(channel->setVolume(i % 2 == 0 ? 0.0F : 1.0F), FMOD_OK);
     }
     const std::vector<short> samples = finish(system).samples;
-    for (std::size_t i = 2; i < 2 * 10 * Block; i += 2)
+    for (std::size_t i = 2; i < 20 * Block; i += 2)
         QVERIFY(std::abs(samples[i] - samples[i - 2]) <= 33);
 }
 
@@ -461,14 +463,14 @@ void tst_BuiltinSystem::stopDoesNotClick()
 {
     SystemPtr system = start();
     FMOD::Sound *const sound =
-        load(*system, SoundFiles::encode16(48000, 2, std::vector<short>(2 * 10 * Block, 32767)));
+        load(*system, SoundFiles::encode16(48000, 2, std::vector<short>(20 * Block, 32767)));
     FMOD::Channel *const channel = open(*system, sound);
     QCOMPARE(channel->setPaused(false), FMOD_OK);
     update(*system, 1);
     QCOMPARE(channel->stop(), FMOD_OK);
     update(*system, 1);
     const std::vector<short> samples = finish(system).samples;
-    for (std::size_t i = 2; i < 2 * 2 * Block; i += 2)
+    for (std::size_t i = 2; i < 4 * Block; i += 2)
         QVERIFY(std::abs(samples[i] - samples[i - 2]) <= 129);
     QCOMPARE(samples[2 * (Block + 256)], short{0});
 }
@@ -477,7 +479,7 @@ void tst_BuiltinSystem::everyNoteOfManyIsInTheFile()
 {
     SystemPtr system = start();
     FMOD::Sound *const sound =
-        load(*system, SoundFiles::encode16(48000, 2, std::vector<short>(2 * 5000, 1)));
+        load(*system, SoundFiles::encode16(48000, 2, std::vector<short>(10000, 1)));
     for (unsigned int i = 0; i < 5000; ++i) {
         FMOD::Channel *const channel = open(*system, sound);
         QCOMPARE(channel->setDelay(FMOD_DELAYTYPE_DSPCLOCK_START, 0, i), FMOD_OK);
@@ -637,7 +639,7 @@ void tst_BuiltinSystem::endedChannelTouchesNoOtherVoice()
     QCOMPARE(ended->stop(), FMOD_ERR_INVALID_HANDLE);
     update(*system, 2);
     const std::vector<short> samples = finish(system).samples;
-    QVERIFY(std::vector<short>(samples.begin() + 2 * Block, samples.end())
+    QVERIFY(std::vector<short>(samples.begin() + 2048, samples.end())
             == std::vector<short>(6 * Block, 500));
 }
 

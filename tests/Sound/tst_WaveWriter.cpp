@@ -66,7 +66,8 @@ std::vector<short> written(const Samples &left, const Samples &right, WaveOutput
         qFatal("writing failed");
     report = writer.report();
     std::vector<short> samples(left.size() * 2);
-    std::memcpy(samples.data(), log.bytes.constData() + WaveHeader::Size, samples.size() * 2);
+    if (!samples.empty())
+        std::memcpy(samples.data(), log.bytes.constData() + WaveHeader::Size, samples.size() * 2);
     return samples;
 }
 

@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QtTest>
 
+#include <sys/stat.h>
+
 class tst_PakCommands : public QObject {
     Q_OBJECT
 
@@ -14,6 +16,7 @@ private slots:
     void packLeavesOutItsOwnOutput();
     void packFollowsNoLinkToADirectory();
     void packTakesHiddenAndLinkedFiles();
+    void packLeavesOutPipes();
     void packOfAnEmptyDirectoryHasNoFiles();
     void packRefusesNamesThatAreNoText();
     void packReportsFilesItCannotRead();
@@ -89,6 +92,13 @@ void tst_PakCommands::packTakesHiddenAndLinkedFiles()
     QVERIFY(QFile::link(path("tree/items/a.txt"), path("tree/link.txt")));
     QVERIFY(run(args({"pack", "out.pak", "tree"})).output.contains("\"files\":5,"));
     COMPARE_OUTCOME(run(args({"get", "out.pak", "/link.txt"})), 0, "a text\r\n", "");
+}
+
+void tst_PakCommands::packLeavesOutPipes()
+{
+    QCOMPARE(mkfifo(path("tree/pipe").toLocal8Bit().constData(), 0600), 0);
+    QVERIFY(QFile::link(path("tree/pipe"), path("tree/link")));
+    QVERIFY(run(args({"pack", "out.pak", "tree"})).output.contains("\"files\":3,"));
 }
 
 void tst_PakCommands::packOfAnEmptyDirectoryHasNoFiles()

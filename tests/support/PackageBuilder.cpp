@@ -113,6 +113,8 @@ QByteArray PackageBuilder::leafStream(const QVector<QByteArray> &entries)
 
 void writeFile(const QString &fileName, const QByteArray &bytes)
 {
+    // Some file systems flush a file that is written over, which takes the disk's time.
+    QFile::remove(fileName);
     QFile file(fileName);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
         qFatal("cannot write %s", qPrintable(fileName));

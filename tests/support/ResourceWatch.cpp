@@ -1,28 +1,27 @@
 #include "TestSupport/ResourceWatch.h"
 
-#include <sys/resource.h>
-
 namespace {
 
 constexpr qint64 TimeLimitMs = 2000;
 constexpr qint64 MemoryLimitKb = 262144;
 
-qint64 peakMemoryKb()
+qint64 milliseconds(const timeval &time)
 {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
+    return qint64{time.tv_sec} * 1000 + time.tv_usec / 1000;
 }
 
 } // namespace
 
-ResourceWatch::ResourceWatch()
-    : m_peakBefore(peakMemoryKb())
+ResourceWatch::Usage ResourceWatch::used()
 {
-    m_timer.start();
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return {milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime), usage.ru_maxrss};
 }
 
 bool ResourceWatch::isWithinLimits() const
 {
-    return m_timer.elapsed() < TimeLimitMs && peakMemoryKb() - m_peakBefore < MemoryLimitKb;
+    const Usage now = used();
+    return now.timeMs - m_before.timeMs < TimeLimitMs
+        && now.peakKb - m_before.peakKb < MemoryLimitKb;
 }

@@ -1,0 +1,7 @@
+add_executable(bench_mixer bench_mixer.cpp)
+target_link_libraries(bench_mixer PRIVATE Sound)
+pkg_check_modules(OpenAl IMPORTED_TARGET openal)
+if(OpenAl_FOUND)
+    target_compile_definitions(bench_mixer PRIVATE HAVE_OPENAL)
+    target_link_libraries(bench_mixer PRIVATE PkgConfig::OpenAl)
+endif()
