@@ -13,7 +13,7 @@ run_packages=(cmake ninja-build g++ ccache pkg-config qtbase5-dev libsndfile1-de
 test_packages=(fonts-dejavu-core)
 check_packages=(git clang clang-format clang-tidy libclang-rt-14-dev)
 # What the benchmarks compare with.
-bench_packages=(libbenchmark-dev libopenal-dev libsqlite3-dev abcmidi fluidsynth timgm6mb-soundfont)
+bench_packages=(libopenal-dev libsqlite3-dev abcmidi fluidsynth timgm6mb-soundfont)
 
 packages_for() {
     case $1 in
