@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QtTest>
 
+#include <sys/resource.h>
+
 class tst_AbcCommand : public QObject {
     Q_OBJECT
 
@@ -19,7 +21,9 @@ private slots:
     void otherFilesSurviveAFailingOne();
     void inputIsNeverOverwritten();
     void twoFilesNeverShareAPlace();
+    void manyFilesAreQuick();
     void unwritablePlacesAreReported();
+    void limitOnFileSizeIsReported();
     void devicesAreWrittenTo();
     void wrongCombinationsAreBadUsage();
     void anyFileNameWorks();
@@ -163,7 +167,33 @@ void tst_AbcCommand::unwritablePlacesAreReported()
                     "quillmoor-cli: Could not write none/a.abc: No such file or directory\n");
     COMPARE_OUTCOME(run(args({"a.abc", "--output-dir", "b.abc"})), 1, "",
                     "quillmoor-cli: Could not create the directory b.abc.\n");
+    COMPARE_OUTCOME(run(args({"a.abc", "-o", ""})), 1, "",
+                    "quillmoor-cli: Could not write : No such file or directory\n");
     QCOMPARE(file("b.abc"), TuneB);
+}
+
+void tst_AbcCommand::manyFilesAreQuick()
+{
+    QStringList arguments = args({"--output-dir", "x"});
+    for (int i = 0; i < 3000; ++i)
+        arguments.append(QStringLiteral("missing%1.abc").arg(i));
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(run(arguments).status, 1);
+    QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+}
+
+void tst_AbcCommand::limitOnFileSizeIsReported()
+{
+    ProgramRun program(args({"abc", "a.abc", "-o", "b.abc"}));
+    program.workingDirectory(m_dir->path()).inChild([] {
+        const rlimit limit = {10, 10};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    });
+    COMPARE_OUTCOME(program.outcome(), 1, "",
+                    "quillmoor-cli: Could not write b.abc: File too large\n");
+    QCOMPARE(file("b.abc"), TuneB);
+    QCOMPARE(listing(m_dir->path()), args({"a.abc", "b.abc", "bad.abc", "sub"}));
 }
 
 void tst_AbcCommand::devicesAreWrittenTo()
