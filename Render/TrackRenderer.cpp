@@ -37,7 +37,7 @@ void TrackRenderer::start()
     if (m_thread->isRunning())
         QMetaObject::invokeMethod(m_worker, "render");
     else
-        QMetaObject::invokeMethod(this, &TrackRenderer::onNoThread, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, "onNoThread", Qt::QueuedConnection);
     emit renderStarted();
 }
 
