@@ -8,6 +8,7 @@
 namespace {
 
 constexpr qint64 BlockBytes = 65536;
+constexpr int LargestText = 256 * 1024 * 1024;
 
 /// Block by block, so that what lies behind the NUL, be it endless, is left alone.
 QByteArray readUpToNul(QFile &file)
@@ -19,6 +20,8 @@ QByteArray readUpToNul(QFile &file)
             throw QStringLiteral("Could not open file.");
         const int nul = block.indexOf('\0');
         bytes += nul < 0 ? block : block.left(nul);
+        if (bytes.size() > LargestText)
+            throw QStringLiteral("The file is too large.");
         if (block.isEmpty() || nul >= 0)
             return bytes;
     }

@@ -34,7 +34,10 @@ void TrackRenderer::start()
     connectWorker();
     m_running = true;
     m_thread->start();
-    QMetaObject::invokeMethod(m_worker, "render");
+    if (m_thread->isRunning())
+        QMetaObject::invokeMethod(m_worker, "render");
+    else
+        QMetaObject::invokeMethod(this, "onNoThread", Qt::QueuedConnection);
     emit renderStarted();
 }
 
@@ -59,6 +62,11 @@ void TrackRenderer::onRenderFailed(const QString &message)
 {
     m_running = false;
     emit renderFailed(message);
+}
+
+void TrackRenderer::onNoThread()
+{
+    onRenderFailed(QStringLiteral("Could not start a thread for the rendering."));
 }
 
 RenderWorker *TrackRenderer::worker()

@@ -50,6 +50,7 @@ private slots:
     void onMeasured(const RenderResult &result);
     void onRenderFinished();
     void onRenderFailed(const QString &message);
+    void onNoThread();
 
 private:
     RenderWorker *worker();

@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QMap>
 
+#include <set>
+
 namespace {
 
 constexpr const char *OutputFile = "-o";
@@ -26,19 +28,28 @@ QString generated(const QString &file)
     return ABCGenerator().generate(track);
 }
 
-/// Where the tune of a file goes; empty for standard output.
+bool goesToFiles(const OptionValues &options)
+{
+    return options.has(OutputDirectory)
+        || options.value(OutputFile, QStringLiteral("-")) != QLatin1String("-");
+}
+
+/// The output file for the tune of a file.
 QString destination(const QString &file, const OptionValues &options)
 {
     if (options.has(OutputDirectory))
         return options.value(OutputDirectory) + QLatin1Char('/') + Tunes::stem(file)
             + QStringLiteral(".abc");
-    const QString output = options.value(OutputFile);
-    return output == QLatin1String("-") ? QString() : output;
+    return options.value(OutputFile);
 }
 
 /// All of them before the first is written: from output to input file.
 void checkDestinations(const QVector<Operand> &files, const OptionValues &options)
 {
+    std::set<Files::Identity> sources;
+    for (const Operand &operand : files)
+        sources.insert(Files::identity(operand.text));
+    sources.erase(Files::Identity());
     QMap<QString, QString> inputs;
     for (const Operand &operand : files) {
         const QString output = destination(operand.text, options);
@@ -46,10 +57,8 @@ void checkDestinations(const QVector<Operand> &files, const OptionValues &option
             throw QStringLiteral("%1 and %2 would both be written to %3.")
                 .arg(inputs.value(output), operand.text, output);
         inputs.insert(output, operand.text);
-        for (const Operand &input : files) {
-            if (Files::areSame(input.text, output))
-                throw QStringLiteral("%1 is an input file.").arg(output);
-        }
+        if (sources.count(Files::identity(output)) > 0)
+            throw QStringLiteral("%1 is an input file.").arg(output);
     }
 }
 
@@ -100,7 +109,7 @@ int run(const Arguments &arguments, Console &console)
 {
     checkUsage(arguments);
     const OptionValues &options = arguments.options();
-    const bool toFiles = !destination({}, options).isEmpty();
+    const bool toFiles = goesToFiles(options);
     if (toFiles) {
         prepareDirectory(options);
         checkDestinations(arguments.operands(), options);

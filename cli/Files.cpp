@@ -28,19 +28,32 @@ std::optional<struct stat> status(const QString &path)
     throw QStringLiteral("Could not write %1: %2").arg(path, file.errorString());
 }
 
+/// A full disk takes a part of the bytes without complaint; only the next write tells the reason.
+bool writeAll(QFileDevice &file, const QByteArray &bytes)
+{
+    qint64 done = 0;
+    while (done < bytes.size()) {
+        const qint64 written = file.write(bytes.constData() + done, bytes.size() - done);
+        if (written <= 0)
+            return false;
+        done += written;
+    }
+    return true;
+}
+
 void replaceFile(const QString &path, const QByteArray &bytes)
 {
     const SignalHold hold;
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !writeAll(file, bytes)
+        || !file.commit())
         throwWriteError(path, file);
 }
 
 void writeThrough(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
-        || file.write(bytes) != bytes.size())
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !writeAll(file, bytes))
         throwWriteError(path, file);
 }
 
@@ -96,11 +109,16 @@ QByteArray Files::readText(const QString &path)
     return readUntil(path, End::OfText);
 }
 
+Files::Identity Files::identity(const QString &path)
+{
+    const auto found = status(path);
+    return found ? Identity(found->st_dev, found->st_ino) : Identity();
+}
+
 bool Files::areSame(const QString &path, const QString &other)
 {
-    const auto a = status(path);
-    const auto b = status(other);
-    return a && b && a->st_dev == b->st_dev && a->st_ino == b->st_ino;
+    const Identity found = identity(path);
+    return found != Identity() && found == identity(other);
 }
 
 bool Files::isSpecial(const QString &path)

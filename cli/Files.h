@@ -2,6 +2,9 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QtGlobal>
+
+#include <utility>
 
 /// Files as the commands read and write them.
 namespace Files {
@@ -17,6 +20,10 @@ QByteArray read(const QString &path);
 
 /// As read(), but only up to the first NUL byte, which ends a text.
 QByteArray readText(const QString &path);
+
+/// What a file is apart from its names; Identity() for what does not exist.
+using Identity = std::pair<quint64, quint64>;
+Identity identity(const QString &path);
 
 /// Both exist and are the same file, by whatever names.
 bool areSame(const QString &path, const QString &other);

@@ -116,6 +116,7 @@ void SignalWatch::onReadable()
 void prepareStandardStreams()
 {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     // Opened for the wrong direction: using such a stream stays the error that it is.
     openIfClosed(STDIN_FILENO, O_WRONLY);
     openIfClosed(STDOUT_FILENO, O_RDONLY);

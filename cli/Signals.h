@@ -49,6 +49,7 @@ private:
     QSocketNotifier *m_notifier = nullptr;
 };
 
-/// Makes a write to a closed pipe an error instead of a signal, and opens the standard streams
-/// that are closed, so that no file of ours is taken for one of them. Call once at the start.
+/// Makes a write to a closed pipe, or past the limit on a file's size, an error instead of a
+/// signal, and opens the standard streams that are closed, so that no file of ours is taken for
+/// one of them. Call once at the start.
 void prepareStandardStreams();

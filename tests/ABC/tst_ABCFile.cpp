@@ -6,12 +6,19 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <csignal>
+#include <memory>
+#include <thread>
+
+#include <sys/stat.h>
+
 using namespace AbcTest;
 
 class TestABCFile : public QObject {
     Q_OBJECT
 
 private slots:
+    void initTestCase() { std::signal(SIGPIPE, SIG_IGN); }
     void init()
     {
         m_dir = std::make_unique<QTemporaryDir>();
@@ -43,6 +50,21 @@ private slots:
     {
         LogRecorder recorder;
         QCOMPARE(loadABCFile("/dev/zero"_s).eventCount(), 0);
+    }
+    void stopsReadingWhatHasNoEnd()
+    {
+        // 300 MiB without a byte on the disk; the parser would take minutes for them.
+        QFile file(m_dir->filePath("endless"_s));
+        QVERIFY(::mkfifo(QFile::encodeName(file.fileName()).constData(), 0600) == 0);
+        std::thread writer([&file] {
+            QFile pipe(file.fileName());
+            const QByteArray block(1 << 20, 'C');
+            if (!pipe.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
+                return;
+            for (int i = 0; i < 300 && pipe.write(block) == block.size(); ++i) { }
+        });
+        QCOMPARE(thrownBy([&] { loadABCFile(file.fileName()); }), "The file is too large."_s);
+        writer.join();
     }
     void passesTheParsersMessageOn()
     {

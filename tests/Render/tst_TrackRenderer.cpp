@@ -7,6 +7,8 @@
 
 #include <memory>
 
+#include <pthread.h>
+
 namespace {
 
 Instrument harp()
@@ -72,6 +74,30 @@ private:
     }
 };
 
+/// Lets no thread begin for its lifetime: the stack that each would get is larger than memory.
+class ThreadRefusal {
+public:
+    ThreadRefusal()
+    {
+        pthread_getattr_default_np(&m_previous);
+        pthread_attr_t attributes;
+        pthread_getattr_default_np(&attributes);
+        pthread_attr_setstacksize(&attributes, std::size_t{1} << 60);
+        pthread_setattr_default_np(&attributes);
+        pthread_attr_destroy(&attributes);
+    }
+    ~ThreadRefusal()
+    {
+        pthread_setattr_default_np(&m_previous);
+        pthread_attr_destroy(&m_previous);
+    }
+    ThreadRefusal(const ThreadRefusal &) = delete;
+    ThreadRefusal &operator=(const ThreadRefusal &) = delete;
+
+private:
+    pthread_attr_t m_previous;
+};
+
 QStringList words(const char *text)
 {
     return QString::fromLatin1(text).split(QLatin1Char(','));
@@ -98,6 +124,7 @@ private slots:
     void takesNoTracksOnceStarted();
     void leavesNoFileWhenDestroyedWhileRunning();
     void isDestroyedBeforeItHearsOfTheEnd();
+    void failsWithoutAThread();
     void isDestroyedUnstarted();
     void isDestroyedAtOnceAfterItsEnd();
 };
@@ -258,6 +285,20 @@ void tst_TrackRenderer::isDestroyedBeforeItHearsOfTheEnd()
     rendering.renderer.reset();
     QVERIFY(QFile::exists(rendering.fileName));
     QCOMPARE(rendering.log, words("started"));
+}
+
+void tst_TrackRenderer::failsWithoutAThread()
+{
+    FakeFmod fake;
+    const ThreadRefusal refusal;
+    QTest::ignoreMessage(QtCriticalMsg,
+                         "QThread::start: Thread creation error "
+                         "(Resource temporarily unavailable)");
+    Rendering rendering;
+    rendering.renderer->addTrack(longTrack(), harp(), 1.0F, 0.0F);
+    QCOMPARE(rendering.run(), words("started,Could not start a thread for the rendering."));
+    QVERIFY(!rendering.renderer->isRunning());
+    QCOMPARE(fake.calls(), QStringList());
 }
 
 void tst_TrackRenderer::isDestroyedUnstarted()

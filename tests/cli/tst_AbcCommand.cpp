@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QtTest>
 
+#include <sys/resource.h>
+
 class tst_AbcCommand : public QObject {
     Q_OBJECT
 
@@ -19,7 +21,9 @@ private slots:
     void otherFilesSurviveAFailingOne();
     void inputIsNeverOverwritten();
     void twoFilesNeverShareAPlace();
+    void placesOfManyFilesAreQuicklyChecked();
     void unwritablePlacesAreReported();
+    void limitOnFileSizeIsReported();
     void devicesAreWrittenTo();
     void wrongCombinationsAreBadUsage();
     void anyFileNameWorks();
@@ -163,7 +167,35 @@ void tst_AbcCommand::unwritablePlacesAreReported()
                     "quillmoor-cli: Could not write none/a.abc: No such file or directory\n");
     COMPARE_OUTCOME(run(args({"a.abc", "--output-dir", "b.abc"})), 1, "",
                     "quillmoor-cli: Could not create the directory b.abc.\n");
+    COMPARE_OUTCOME(run(args({"a.abc", "-o", ""})), 1, "",
+                    "quillmoor-cli: Could not write : No such file or directory\n");
     QCOMPARE(file("b.abc"), TuneB);
+}
+
+void tst_AbcCommand::placesOfManyFilesAreQuicklyChecked()
+{
+    QStringList arguments = args({"--output-dir", "x"});
+    for (int i = 0; i < 3000; ++i)
+        arguments.append(QStringLiteral("%1.abc").arg(i));
+    arguments.append(QStringLiteral("sub/0.abc"));
+    QElapsedTimer clock;
+    clock.start();
+    COMPARE_OUTCOME(run(arguments), 1, "",
+                    "quillmoor-cli: 0.abc and sub/0.abc would both be written to x/0.abc.\n");
+    QVERIFY2(clock.elapsed() < 2000, qPrintable(QString::number(clock.elapsed())));
+}
+
+void tst_AbcCommand::limitOnFileSizeIsReported()
+{
+    ProgramRun program(args({"abc", "a.abc", "-o", "b.abc"}));
+    program.workingDirectory(m_dir->path()).inChild([] {
+        const rlimit limit = {10, 10};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    });
+    COMPARE_OUTCOME(program.outcome(), 1, "",
+                    "quillmoor-cli: Could not write b.abc: File too large\n");
+    QCOMPARE(file("b.abc"), TuneB);
+    QCOMPARE(listing(m_dir->path()), args({"a.abc", "b.abc", "bad.abc", "sub"}));
 }
 
 void tst_AbcCommand::devicesAreWrittenTo()

@@ -10,6 +10,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 class tst_RenderCommand : public QObject {
@@ -42,6 +43,7 @@ private slots:
     void signalLeavesNothingBehind_data();
     void signalLeavesNothingBehind();
     void signalKeepsTheOldFile();
+    void limitOnFileSizeLeavesNothingBehind();
 
 private:
     QString path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
@@ -430,6 +432,21 @@ void tst_RenderCommand::signalKeepsTheOldFile()
     kill(static_cast<pid_t>(process.processId()), SIGINT);
     QCOMPARE(program.finish().status, 128 + SIGINT);
     QCOMPARE(file("out.wav"), QByteArray("an older file"));
+}
+
+void tst_RenderCommand::limitOnFileSizeLeavesNothingBehind()
+{
+    makeFile(path("long.abc"), Endless);
+    const QStringList before = listing(m_dir->path());
+    ProgramRun program(arguments(args({"out.wav", "long.abc"})));
+    program.workingDirectory(m_dir->path()).inChild([] {
+        const rlimit limit = {5000, 5000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    });
+    const ProgramRun::Outcome outcome = program.outcome();
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(outcome.errors.contains("quillmoor-cli: Could not write out.wav: "), outcome.errors);
+    QCOMPARE(listing(m_dir->path()), before);
 }
 
 PROGRAM_TEST_MAIN(tst_RenderCommand)
