@@ -96,9 +96,9 @@ QString unmappedMessage(const Part &part, const QVector<UnmappedNotes::Note> &no
     const UnmappedNotes::Note &first = notes.first();
     const QString others =
         notes.size() == 1 ? QString() : QStringLiteral(" (and %1 more)").arg(notes.size() - 1);
-    return QStringLiteral("%1: track 1, bar %2: the instrument '%3' has no note %4 (%5)%6.")
+    return QStringLiteral("%1: track 1, bar %2: the instrument '%3' has no note %4 (%5 in ABC)%6.")
         .arg(part.file, QString::number(first.bar), part.instrumentName,
-             UnmappedNotes::pitchName(first.pitch), QString::number(first.pitch), others);
+             UnmappedNotes::pitchName(first.pitch), UnmappedNotes::abcName(first.pitch), others);
 }
 
 /// False, with a message, for a part that its instrument cannot play as a whole.

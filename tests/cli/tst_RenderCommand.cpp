@@ -273,7 +273,8 @@ void tst_RenderCommand::unmappedNoteIsNamed()
     COMPARE_OUTCOME(
         run(args({"out.wav", "a.abc"})), 1, "",
         GameLog
-            + "quillmoor-cli: a.abc: track 1, bar 2: the instrument 'Lute' has no note C#5 (73).\n"
+            + "quillmoor-cli: a.abc: track 1, bar 2: the instrument 'Lute' has no note C#5 (^c in "
+              "ABC).\n"
               "quillmoor-cli: Nothing was rendered; --skip-unmapped leaves such notes out.\n");
     QVERIFY(!QFile::exists(path("out.wav")));
 }
@@ -285,9 +286,11 @@ void tst_RenderCommand::unmappedNotesOfAllFilesAreNamed()
     COMPARE_OUTCOME(
         run(args({"out.wav", "a.abc", "plain.abc", "b.abc"})), 1, "",
         GameLog
-            + "quillmoor-cli: a.abc: track 1, bar 1: the instrument 'Drum' has no note D4 (62) "
+            + "quillmoor-cli: a.abc: track 1, bar 1: the instrument 'Drum' has no note D4 (D in "
+              "ABC) "
               "(and 2 more).\n"
-              "quillmoor-cli: b.abc: track 1, bar 1: the instrument 'Drum' has no note D4 (62).\n"
+              "quillmoor-cli: b.abc: track 1, bar 1: the instrument 'Drum' has no note D4 (D in "
+              "ABC).\n"
               "quillmoor-cli: Nothing was rendered; --skip-unmapped leaves such notes out.\n");
 }
 
