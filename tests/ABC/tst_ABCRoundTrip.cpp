@@ -117,7 +117,8 @@ private slots:
             Track track;
             track.setHeader("L"_s, QStringLiteral("1/%1").arg(den));
             for (quint32 ticks = 0; ticks < 3000; ++ticks)
-                track.addEvent(TrackEvent::makeNote(60, quint64{ticks} * 200000, ticks * 61));
+                track.addEvent(
+                    TrackEvent::makeNote(60, quint64{ticks} * 200000, quint64{ticks} * 61));
             track.sortEvents();
             QCOMPARE(notes(parse(generate(track))), notes(track));
         }

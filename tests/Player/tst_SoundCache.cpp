@@ -43,7 +43,7 @@ QString packageWith(const QTemporaryDir &dir, const QString &path, const QByteAr
 {
     PakWriter writer;
     writer.add(path, contents);
-    const QString fileName = dir.filePath(QStringLiteral("sounds.pak"));
+    QString fileName = dir.filePath(QStringLiteral("sounds.pak"));
     writer.save(fileName);
     return fileName;
 }

@@ -440,7 +440,7 @@ void tst_RenderWorker::choosesTheSameFilesEveryTime()
         FakeFmod fake;
         Rendering rendering;
         QVector<TrackEvent> events;
-        for (uint i = 0; i < 40; ++i)
+        for (quint64 i = 0; i < 40; ++i)
             events.append(note(60, i * 10));
         rendering.add(events, drums);
         rendering.render();
