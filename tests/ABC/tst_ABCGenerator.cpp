@@ -334,6 +334,18 @@ private slots:
             QVERIFY2(!rest.startsWith(QLatin1Char('z')) || rest.size() <= 10, qPrintable(rest));
         QCOMPARE(notes(parse(generate(track))), notes(track));
     }
+    void writesSeveralRestsInUnits()
+    {
+        for (const QString &unit : {"1/4"_s, "1/8"_s, "2/3"_s, "1/128"_s, "1/120960"_s}) {
+            for (quint64 gap = 1; gap < 400000000; gap = gap * 11 / 7 + 1) {
+                const Track track =
+                    trackOf({E::makeNote(60, 0, gap + 5), E::makeNote(62, gap, 5)}, unit);
+                const QString text = generatedBody(track);
+                QVERIFY2(!text.contains(QLatin1Char('Z')), qPrintable(text));
+                QCOMPARE(notes(parse(generate(track))), notes(track));
+            }
+        }
+    }
     void keepsEveryGapExact_data()
     {
         QTest::addColumn<QString>("unit");
