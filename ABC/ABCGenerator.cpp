@@ -230,8 +230,7 @@ void ABCGenerator::writeRest(quint64 ticks)
 ABCGenerator::RestPiece ABCGenerator::restPiece(quint64 ticks) const
 {
     LengthText inUnits = lengthText(ticks, m_unitLength, MaxRestLengthChars);
-    const bool isInReach = inUnits.ticks != 0 && ticks / m_unitLength <= MaxRestUnits;
-    if (isInReach || inUnits.ticks == ticks)
+    if (inUnits.ticks != 0 && ticks / m_unitLength <= MaxRestUnits)
         return {'z', std::move(inUnits)};
     LengthText inWholeNotes = lengthText(ticks, Ticks::PerWholeNote, MaxRestLengthChars);
     if (inWholeNotes.ticks > inUnits.ticks)
