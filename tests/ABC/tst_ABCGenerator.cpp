@@ -177,6 +177,8 @@ private slots:
         // No more than 20 characters, numbers of 32 bits at most: the greatest below.
         row("1/4"_s, quint64{4294967295} * 30240 + 1, "C4294967295"_s);
         row("1/4"_s, ~quint64{0}, "C4294967295"_s);
+        row("1/4"_s, quint64{4294966} * 30240 + 30239, "C4290672032/999"_s);
+        row("1/4"_s, quint64{42949671} * 30240 + 30239, "C4252017527/99"_s);
         row("1/4"_s, quint64{1000000000} * 30240 + 10081, "C3000000001/3"_s);
     }
     void writesLengths()
