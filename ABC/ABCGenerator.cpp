@@ -12,6 +12,7 @@ namespace {
 // What the parser reads as one token.
 constexpr int MaxNoteChars = 20;
 constexpr int MaxRestLengthChars = 9;
+constexpr quint64 MaxRestUnits = 999999999;
 // "^^" and a letter with four commas.
 constexpr int MaxPitchChars = 7;
 
@@ -224,12 +225,12 @@ void ABCGenerator::writeRest(quint64 ticks)
     }
 }
 
-/// The longest rest of one token up to `ticks`. Counted in whole notes where the unit length
-/// does not reach: "Z" can last any number of ticks, very long and very short.
+/// The longest rest of one token up to `ticks`, counted in whole notes ("Z") where the unit
+/// length does not reach: past the largest number of units, and below the smallest fraction.
 ABCGenerator::RestPiece ABCGenerator::restPiece(quint64 ticks) const
 {
     LengthText inUnits = lengthText(ticks, m_unitLength, MaxRestLengthChars);
-    if (inUnits.ticks == ticks)
+    if (inUnits.ticks != 0 && ticks / m_unitLength <= MaxRestUnits)
         return {'z', std::move(inUnits)};
     LengthText inWholeNotes = lengthText(ticks, Ticks::PerWholeNote, MaxRestLengthChars);
     if (inWholeNotes.ticks > inUnits.ticks)

@@ -177,6 +177,8 @@ private slots:
         // No more than 20 characters, numbers of 32 bits at most: the greatest below.
         row("1/4"_s, quint64{4294967295} * 30240 + 1, "C4294967295"_s);
         row("1/4"_s, ~quint64{0}, "C4294967295"_s);
+        row("1/4"_s, quint64{4294966} * 30240 + 30239, "C4290672032/999"_s);
+        row("1/4"_s, quint64{42949671} * 30240 + 30239, "C4252017527/99"_s);
         row("1/4"_s, quint64{1000000000} * 30240 + 10081, "C3000000001/3"_s);
     }
     void writesLengths()
@@ -333,6 +335,18 @@ private slots:
         for (const QString &rest : rests)
             QVERIFY2(!rest.startsWith(QLatin1Char('z')) || rest.size() <= 10, qPrintable(rest));
         QCOMPARE(notes(parse(generate(track))), notes(track));
+    }
+    void writesSeveralRestsInUnits()
+    {
+        for (const QString &unit : {"1/4"_s, "1/8"_s, "2/3"_s, "1/128"_s, "1/120960"_s}) {
+            for (quint64 gap = 1; gap < 400000000; gap = gap * 11 / 7 + 1) {
+                const Track track =
+                    trackOf({E::makeNote(60, 0, gap + 5), E::makeNote(62, gap, 5)}, unit);
+                const QString text = generatedBody(track);
+                QVERIFY2(!text.contains(QLatin1Char('Z')), qPrintable(text));
+                QCOMPARE(notes(parse(generate(track))), notes(track));
+            }
+        }
     }
     void keepsEveryGapExact_data()
     {

@@ -85,6 +85,8 @@ private slots:
         row("a rest breaks no tie"_s, ""_s, "C-zDC"_s, "60@0+30240 62@60480+30240"_s);
         row("a tie whose end lies elsewhere takes the next note along"_s, ""_s, "C-zC D"_s,
             "60@0+30240 62@90720+30240"_s);
+        row("a note breaks off the single tie behind an equal one"_s, ""_s, "[C2-z0]C-D E"_s,
+            "60@0+30240 60@0+60480 64@60480+30240"_s);
         row("a staccato tie ends before the next note"_s, ""_s, ".C-DC"_s,
             "60@0+15120 62@30240+30240"_s);
         row("pending ties at the end"_s, ""_s, "CD-"_s, "60@0+30240 62@30240+30240"_s);
@@ -167,6 +169,8 @@ private slots:
             "60@0+30240 60@30240+15120 60@45360+30240"_s);
         row("a meter in the body starts a grid of its own"_s, "M:4/4\n"_s, "C[M:1/4]D||E"_s,
             "60@0+30240 62@30240+30240 64@90720+30240"_s);
+        row("bars before a meter in the body do not count in its grid"_s, "M:1/4\n"_s,
+            "C|D|[M:1/2]E|F"_s, "60@0+30240 62@30240+30240 64@60480+30240 65@120960+30240"_s);
         row("M:none in the body ends the grid"_s, "M:4/4\n"_s, "C[M:none]|D"_s,
             "60@0+30240 62@30240+30240"_s);
         row("fields in the body may be trimmed"_s, ""_s, "[K:  F  ]B"_s, "70@0+30240"_s);
