@@ -46,6 +46,15 @@ std::optional<qint32> leadingInteger(const QString &text)
     return isNumber ? std::optional<qint32>(value) : std::nullopt;
 }
 
+/// How long a chord lasts whose shortest member is given, if it has any.
+quint64 lastingTicks(std::optional<quint64> shortest)
+{
+    if (!shortest)
+        MessageLog::quotedWarning(Source, "quint64 ABCParser::parseChord()",
+                                  QStringLiteral("Empty chord"));
+    return shortest.value_or(0);
+}
+
 } // namespace
 
 Track ABCParser::parse(const QString &text)
@@ -310,7 +319,7 @@ quint64 ABCParser::parseChord()
         case T::ChordEnd:
             return endChord(firstEvent, shortest);
         case T::EndOfInput:
-            return shortest.value_or(0);
+            return lastingTicks(shortest);
         default:
             fail(QStringLiteral("Unexpected token found in chord at line %1, column %2."));
         }
@@ -325,12 +334,7 @@ quint64 ABCParser::endChord(int firstEvent, std::optional<quint64> shortest)
         event.setDuration(scaledTicks(event.duration(), factor));
     }
     m_ties.scale(m_time, factor);
-    if (!shortest) {
-        MessageLog::quotedWarning(Source, "quint64 ABCParser::parseChord()",
-                                  QStringLiteral("Empty chord"));
-        return 0;
-    }
-    return scaledTicks(*shortest, factor);
+    return scaledTicks(lastingTicks(shortest), factor);
 }
 
 quint64 ABCParser::readNote(Place place)

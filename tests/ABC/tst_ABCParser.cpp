@@ -460,6 +460,7 @@ private slots:
         row("L:3/8\nK:C\n[Q:90]"_s, tempo, "Bad unit length: 3/8"_s);
         row("L:2\nK:C\n[Q:90]"_s, tempo, "Bad unit length: 2/1"_s);
         row("K:C\n[ ]"_s, chord, "Empty chord"_s);
+        row("K:C\n[ "_s, chord, "Empty chord"_s);
     }
     void warnsInTheMessageLog()
     {
