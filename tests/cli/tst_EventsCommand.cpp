@@ -54,7 +54,7 @@ void tst_EventsCommand::init()
 
 QString tst_EventsCommand::tune(const QString &name, const QByteArray &text)
 {
-    const QString path = m_dir->filePath(name);
+    QString path = m_dir->filePath(name);
     makeFile(path, text);
     return path;
 }

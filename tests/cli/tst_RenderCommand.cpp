@@ -82,7 +82,7 @@ Peaks peaks(const QByteArray &wave)
     Peaks result;
     const QByteArray samples = samplesOf(wave);
     const auto sample = [&](int index) {
-        return std::abs(int{qFromLittleEndian<qint16>(samples.constData() + 2 * index)});
+        return std::abs(int{qFromLittleEndian<qint16>(samples.constData() + qptrdiff{2} * index)});
     };
     for (int i = 0; i < samples.size() / BytesPerFrame; ++i) {
         result.left = std::max(result.left, sample(2 * i));
