@@ -11,6 +11,7 @@
 #include <sndfile.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <csignal>
 #include <limits>
@@ -97,6 +98,7 @@ std::vector<short> ramp(int frames, int channels)
 std::vector<float> sine(int frames, float step)
 {
     std::vector<float> samples;
+    samples.reserve(static_cast<std::size_t>(frames));
     for (int i = 0; i < frames; ++i)
         samples.push_back(0.1F * std::sin(step * static_cast<float>(i)));
     return samples;
@@ -562,16 +564,15 @@ void tst_BuiltinSystem::sameCallsGiveTheSameBytes()
 QByteArray tst_BuiltinSystem::manyNotes(unsigned threads)
 {
     SystemPtr system = start(threads);
-    std::vector<FMOD::Sound *> sounds;
-    for (int i = 0; i < 6; ++i)
-        sounds.push_back(load(*system, vorbis(i)));
+    std::array<FMOD::Sound *, 6> sounds{};
+    for (std::size_t i = 0; i < sounds.size(); ++i)
+        sounds[i] = load(*system, vorbis(static_cast<int>(i)));
     for (unsigned int block = 0; block < 30; ++block) {
         for (unsigned int i = 0; i < 6; ++i) {
             FMOD::Channel *const channel = open(*system, sounds[(block + i) % 6]);
             channel->setFrequency(40000.0F + 700.0F * static_cast<float>(block * i % 17));
             channel->setVolume(0.37F);
-            channel->setDelay(FMOD_DELAYTYPE_DSPCLOCK_START, 0,
-                              static_cast<unsigned int>(block * Block + 900 * i));
+            channel->setDelay(FMOD_DELAYTYPE_DSPCLOCK_START, 0, block * unsigned{Block} + 900U * i);
             channel->setPaused(false);
         }
         update(*system, 1);
@@ -599,18 +600,18 @@ void tst_BuiltinSystem::firstChordOfManySoundsIsComplete()
     QFETCH(unsigned, threads);
     SystemPtr system = start(threads);
     for (short i = 0; i < 300; ++i) {
-        std::vector<short> tone(2 * 3000, 1);
+        std::vector<short> tone(6000, 1);
         tone[0] = static_cast<short>(i + 2);
         playAt(*system, load(*system, SoundFiles::encode16(48000, 2, tone)),
                static_cast<unsigned int>(500 + 2 * i));
     }
     update(*system, 4);
     const std::vector<short> samples = finish(system).samples;
-    QCOMPARE(samples[2 * 499], short{0});
-    for (int i = 0; i < 300; ++i) {
-        const auto place = static_cast<std::size_t>(2 * (500 + 2 * i));
-        QCOMPARE(int{samples[place]}, 2 * i + 2);
-        QCOMPARE(int{samples[place + 2]}, i + 1);
+    QCOMPARE(samples[998], short{0});
+    for (std::size_t i = 0; i < 300; ++i) {
+        const std::size_t place = 2 * (500 + 2 * i);
+        QCOMPARE(static_cast<std::size_t>(samples[place]), 2 * i + 2);
+        QCOMPARE(static_cast<std::size_t>(samples[place + 2]), i + 1);
     }
 }
 
@@ -684,19 +685,19 @@ void tst_BuiltinSystem::soundDamagedBehindItsHeaderIsSilent()
     const std::vector<short> samples = finish(system).samples;
     QCOMPARE(samples[0], short{5});
     QCOMPARE(samples[1], short{6});
-    QCOMPARE(std::count(samples.begin() + 2, samples.end(), 0), 2 * 3 * Block - 2);
+    QCOMPARE(std::count(samples.begin() + 2, samples.end(), 0), std::ptrdiff_t{6 * Block - 2});
 }
 
 void tst_BuiltinSystem::soundThatBreaksOffSoundsUpToThere()
 {
-    QByteArray bytes = SoundFiles::encode16(48000, 2, std::vector<short>(2 * 2000, 77));
+    QByteArray bytes = SoundFiles::encode16(48000, 2, std::vector<short>(4000, 77));
     bytes.truncate(bytes.size() - 4000);
     SystemPtr system = start();
     playAt(*system, load(*system, bytes), 0);
     update(*system, 2);
     const std::vector<short> samples = finish(system).samples;
-    QCOMPARE(samples[2 * 999], short{77});
-    QCOMPARE(samples[2 * 1000], short{0});
+    QCOMPARE(samples[1998], short{77});
+    QCOMPARE(samples[2000], short{0});
 }
 
 void tst_BuiltinSystem::noteThatIsTooLongIsSilent()
@@ -714,7 +715,7 @@ void tst_BuiltinSystem::noteThatIsTooLongIsSilent()
     QCOMPARE(system->update(), FMOD_ERR_MEMORY);
     QCOMPARE(clockOf(*system), quint64{2 * Block});
     QCOMPARE(system->update(), FMOD_OK);
-    QVERIFY(finish(system).samples == std::vector<short>(2 * 3 * Block, 0));
+    QVERIFY(finish(system).samples == std::vector<short>(6 * Block, 0));
 }
 
 void tst_BuiltinSystem::openFilesAreBounded()
