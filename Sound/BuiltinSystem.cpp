@@ -22,18 +22,18 @@ class BuiltinSystem;
 
 class BuiltinSound final : public FMOD::Sound {
 public:
-    BuiltinSound(BuiltinSystem &system, SampleCache::Sample sample)
+    BuiltinSound(BuiltinSystem &system, ChannelSound sound)
         : m_system(system)
-        , m_sample(std::move(sample))
+        , m_sound(std::move(sound))
     {
     }
 
     FMOD_RESULT release() override;
-    const SampleCache::Sample &sample() const { return m_sample; }
+    const ChannelSound &sound() const { return m_sound; }
 
 private:
     BuiltinSystem &m_system;
-    SampleCache::Sample m_sample;
+    ChannelSound m_sound;
 };
 
 class BuiltinChannelGroup final : public FMOD::ChannelGroup {
@@ -51,7 +51,7 @@ private:
 
 class BuiltinSystem final : public FMOD::System {
 public:
-    BuiltinSystem();
+    explicit BuiltinSystem(unsigned threads);
 
     FMOD_RESULT release() override;
     FMOD_RESULT setOutput(FMOD_OUTPUTTYPE output) override;
@@ -82,6 +82,7 @@ private:
 
     FMOD_OUTPUTTYPE m_output = FMOD_OUTPUTTYPE_AUTODETECT;
     int m_softwareChannels = 0;
+    PreparePool m_pool; // outlives all that is prepared
     SampleCache m_cache;
     std::unique_ptr<ChannelPool> m_channels; // from init() on
     std::unique_ptr<WaveWriter> m_writer;    // from init() on
@@ -105,8 +106,9 @@ FMOD_RESULT BuiltinChannelGroup::release()
     return FMOD_OK;
 }
 
-BuiltinSystem::BuiltinSystem()
-    : m_cache(WaveHeader::SampleRate, CacheBytes)
+BuiltinSystem::BuiltinSystem(unsigned threads)
+    : m_pool(threads)
+    , m_cache(WaveHeader::SampleRate, CacheBytes, m_pool)
 {
 }
 
@@ -192,9 +194,8 @@ FMOD_RESULT BuiltinSystem::update()
         return FMOD_ERR_INITIALIZATION;
     if (m_writer->hasFailed())
         return FMOD_ERR_FILE_BAD;
-    m_channels->mix(m_left.data(), m_right.data(), BlockFrames);
-    return m_writer->write(m_left.data(), m_right.data(), BlockFrames) ? FMOD_OK
-                                                                       : FMOD_ERR_FILE_BAD;
+    const FMOD_RESULT result = m_channels->mix(m_left.data(), m_right.data(), BlockFrames);
+    return m_writer->write(m_left.data(), m_right.data(), BlockFrames) ? result : FMOD_ERR_FILE_BAD;
 }
 
 /// The frames written: a block that was mixed but could not be written does not count.
@@ -232,13 +233,15 @@ FMOD_RESULT BuiltinSystem::createSound(const char *nameOrData, FMOD_MODE mode,
 FMOD_RESULT BuiltinSystem::addSound(const char *nameOrData, FMOD_MODE mode,
                                     const FMOD_CREATESOUNDEXINFO *info, FMOD::Sound **sound)
 {
-    const auto sample = std::make_shared<AudioSample>();
+    const auto file = std::make_shared<SoundFile>();
     const FMOD_RESULT result = (mode & FMOD_OPENMEMORY) != 0
-        ? Decoder::decodeMemory(nameOrData, info->length, *sample)
-        : Decoder::decodeFile(nameOrData, *sample);
+        ? file->openMemory(nameOrData, info->length)
+        : file->openFile(nameOrData);
     if (result != FMOD_OK)
         return result;
-    auto made = std::make_unique<BuiltinSound>(*this, sample);
+    ChannelSound heard = {file->rate(), file->isStereo(), nullptr};
+    heard.samples = m_pool.add([file](AudioSample &sample) { return file->decode(sample); });
+    auto made = std::make_unique<BuiltinSound>(*this, std::move(heard));
     FMOD::Sound *const address = made.get();
     m_sounds.emplace(address, std::move(made));
     *sound = address;
@@ -274,14 +277,14 @@ FMOD_RESULT BuiltinSystem::playSound(FMOD_CHANNELINDEX channelId, FMOD::Sound *s
     const auto found = m_sounds.find(sound);
     if (found == m_sounds.end())
         return FMOD_ERR_INVALID_HANDLE;
-    const FMOD_RESULT result = m_channels->open(found->second->sample(), channel);
+    const FMOD_RESULT result = m_channels->open(found->second->sound(), channel);
     return result == FMOD_OK && !paused ? (*channel)->setPaused(false) : result;
 }
 
 /// What sounds of it goes on: the voices hold the sample.
 void BuiltinSystem::releaseSound(BuiltinSound &sound)
 {
-    m_cache.forget(sound.sample());
+    m_cache.forget(sound.sound().samples);
     m_sounds.erase(&sound);
 }
 
@@ -305,11 +308,11 @@ bool BuiltinSystem::abandon()
 
 } // namespace
 
-FMOD_RESULT createBuiltinSystem(FMOD::System **system)
+FMOD_RESULT createBuiltinSystem(FMOD::System **system, unsigned threads)
 {
     if (system == nullptr)
         return FMOD_ERR_INVALID_PARAM;
-    *system = new (std::nothrow) BuiltinSystem;
+    *system = new (std::nothrow) BuiltinSystem(threads);
     return *system != nullptr ? FMOD_OK : FMOD_ERR_MEMORY;
 }
 

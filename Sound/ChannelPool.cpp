@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 namespace {
 
@@ -38,7 +39,11 @@ FMOD_RESULT BuiltinChannel::setPaused(bool paused)
         return FMOD_ERR_INVALID_HANDLE;
     if (isSetUp())
         return paused ? FMOD_ERR_INVALID_PARAM : FMOD_OK;
-    return paused ? FMOD_OK : play();
+    try {
+        return paused ? FMOD_OK : play();
+    } catch (const std::bad_alloc &) {
+        return FMOD_ERR_MEMORY;
+    }
 }
 
 FMOD_RESULT BuiltinChannel::setVolume(float volume)
@@ -104,14 +109,17 @@ FMOD_RESULT BuiltinChannel::setChannelGroup(FMOD::ChannelGroup *group)
 FMOD_RESULT BuiltinChannel::play()
 {
     SampleCache::Sample prepared;
-    const FMOD_RESULT result = m_pool.m_cache.prepare(m_sample, double{m_frequency}, prepared);
+    const FMOD_RESULT result =
+        m_pool.m_cache.prepare(m_sound.samples, double{m_frequency}, prepared);
     if (result != FMOD_OK)
         return result;
-    const auto slot = m_pool.m_bank.start(prepared, m_startClock, gain());
+    m_pool.m_awaited.push_back({this, m_uses}); // does not count before m_prepared is set
+    const auto slot = m_pool.m_bank.await(m_startClock, gain());
     if (!slot)
         return FMOD_ERR_CHANNEL_ALLOC;
     m_slot = *slot;
     m_state = State::Playing;
+    m_prepared = std::move(prepared);
     m_pool.m_bySlot[m_slot] = this;
     --m_pool.m_waiting;
     return FMOD_OK;
@@ -125,7 +133,7 @@ void BuiltinChannel::applyGain()
 
 Mixer::Gain BuiltinChannel::gain() const
 {
-    return m_sample->isStereo() ? balance(m_volume, m_pan) : constantPower(m_volume, m_pan);
+    return m_sound.isStereo ? balance(m_volume, m_pan) : constantPower(m_volume, m_pan);
 }
 
 ChannelPool::ChannelPool(SampleCache &cache)
@@ -135,14 +143,14 @@ ChannelPool::ChannelPool(SampleCache &cache)
 {
 }
 
-FMOD_RESULT ChannelPool::open(const SampleCache::Sample &sample, FMOD::Channel **channel)
+FMOD_RESULT ChannelPool::open(const ChannelSound &sound, FMOD::Channel **channel)
 {
     if (m_waiting + m_bank.voices() >= MaxVoices)
         return FMOD_ERR_CHANNEL_ALLOC;
     BuiltinChannel &opened = freeChannel();
     opened.m_state = BuiltinChannel::State::Waiting;
-    opened.m_sample = sample;
-    opened.m_frequency = static_cast<float>(sample->rate);
+    opened.m_sound = sound;
+    opened.m_frequency = static_cast<float>(sound.rate);
     opened.m_volume = 1.0F;
     opened.m_pan = 0.0F;
     opened.m_startClock = 0;
@@ -152,10 +160,44 @@ FMOD_RESULT ChannelPool::open(const SampleCache::Sample &sample, FMOD::Channel *
     return FMOD_OK;
 }
 
-void ChannelPool::mix(float *left, float *right, std::size_t frames)
+FMOD_RESULT ChannelPool::mix(float *left, float *right, std::size_t frames)
 {
+    const FMOD_RESULT result = provideDue(frames);
+    m_cache.settle();
     m_bank.mixer().mix(left, right, frames);
     collectEnded();
+    return result;
+}
+
+FMOD_RESULT ChannelPool::provideDue(std::size_t frames)
+{
+    const std::uint64_t end = clock() + frames;
+    const auto due = std::partition(m_awaited.begin(), m_awaited.end(), [end](const Awaited &a) {
+        return !isStopped(a) && a.channel->m_startClock >= end;
+    });
+    const auto ended = std::remove_if(due, m_awaited.end(), isStopped);
+    // First what no thread has come to yet: the others finish theirs meanwhile.
+    std::for_each(due, ended, [](const Awaited &a) { a.channel->m_prepared->run(); });
+    FMOD_RESULT result = FMOD_OK;
+    std::for_each(due, ended, [&](const Awaited &a) {
+        const FMOD_RESULT error = provide(*a.channel);
+        result = result == FMOD_OK ? error : result;
+    });
+    m_awaited.erase(due, m_awaited.end());
+    return result;
+}
+
+bool ChannelPool::isStopped(const Awaited &awaited)
+{
+    return awaited.channel->m_uses != awaited.uses || awaited.channel->m_prepared == nullptr;
+}
+
+FMOD_RESULT ChannelPool::provide(BuiltinChannel &channel)
+{
+    const SampleCache::Sample prepared = std::move(channel.m_prepared);
+    m_bank.provide(channel.m_slot, VoiceBank::Sample(prepared, &prepared->sample()));
+    const FMOD_RESULT error = channel.m_sound.samples->takeError();
+    return error != FMOD_OK ? error : prepared->takeError();
 }
 
 BuiltinChannel &ChannelPool::freeChannel()
@@ -176,7 +218,8 @@ void ChannelPool::recycle(BuiltinChannel &channel)
         m_bySlot[channel.m_slot] = nullptr;
     }
     channel.m_state = BuiltinChannel::State::Free;
-    channel.m_sample.reset();
+    channel.m_sound = {};
+    channel.m_prepared.reset();
     m_free.push_back(&channel);
 }
 
@@ -192,7 +235,7 @@ void ChannelPool::collectEnded()
 void ChannelPool::endBySelf(BuiltinChannel &channel)
 {
     channel.m_state = BuiltinChannel::State::Ended;
-    channel.m_sample.reset();
+    channel.m_sound = {};
     m_ended.emplace_back(&channel, channel.m_uses);
     if (m_ended.size() <= MaxVoices)
         return;

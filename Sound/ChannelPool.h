@@ -12,8 +12,15 @@
 
 class ChannelPool;
 
+/// A sound as its channels need it.
+struct ChannelSound {
+    double rate = 0.0; ///< frames per second
+    bool isStereo = false;
+    SampleCache::Sample samples;
+};
+
 /// A channel of the built-in engine. It waits, paused, while it is set up; setPaused(false)
-/// prepares the sound for its rate and hands it to the mixer, from where only volume, pan and
+/// has the sound prepared for its rate and hands it to the mixer, from where only volume, pan and
 /// stop() reach it. When its sound has ended by itself, they are taken in silence: a note may
 /// well outlast its sample, and its fade is no error. After stop() every call answers
 /// FMOD_ERR_INVALID_HANDLE until the object serves another sound.
@@ -53,7 +60,8 @@ private:
     ChannelPool &m_pool;
     State m_state = State::Free;
     std::uint64_t m_uses = 0; // tells one life of the object from the next
-    SampleCache::Sample m_sample;
+    ChannelSound m_sound;
+    SampleCache::Sample m_prepared; // while the voice waits for it
     float m_frequency = 0.0F;
     float m_volume = 1.0F;
     float m_pan = 0.0F;
@@ -75,17 +83,27 @@ public:
     explicit ChannelPool(SampleCache &cache);
 
     /// A paused channel, or FMOD_ERR_CHANNEL_ALLOC when MaxVoices wait or sound already.
-    FMOD_RESULT open(const SampleCache::Sample &sample, FMOD::Channel **channel);
+    FMOD_RESULT open(const ChannelSound &sound, FMOD::Channel **channel);
 
-    /// Mixes the next frames and learns which channels have ended.
-    void mix(float *left, float *right, std::size_t frames);
+    /// Mixes the next frames and learns which channels have ended. Before that it waits for the
+    /// samples of the voices that start in these frames. Answers the error of a sample that
+    /// could not be made, once; what plays it is silent, and all else is mixed as ever.
+    FMOD_RESULT mix(float *left, float *right, std::size_t frames);
 
     std::uint64_t clock() const { return m_bank.mixer().clock(); }
 
 private:
     friend class BuiltinChannel;
 
+    struct Awaited {
+        BuiltinChannel *channel;
+        std::uint64_t uses; // as `m_uses` was: a stopped channel may serve another sound
+    };
+
     BuiltinChannel &freeChannel();
+    FMOD_RESULT provideDue(std::size_t frames);
+    static bool isStopped(const Awaited &awaited);
+    FMOD_RESULT provide(BuiltinChannel &channel);
     void recycle(BuiltinChannel &channel);
     void collectEnded();
     void endBySelf(BuiltinChannel &channel);
@@ -96,5 +114,6 @@ private:
     std::vector<BuiltinChannel *> m_free;
     std::vector<BuiltinChannel *> m_bySlot; // null where a stopped voice still fades
     std::deque<std::pair<BuiltinChannel *, std::uint64_t>> m_ended; // with `m_uses` of then
+    std::vector<Awaited> m_awaited; // voices without samples, and left-overs of stopped ones
     std::size_t m_waiting = 0;
 };

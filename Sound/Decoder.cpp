@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 #include <numeric>
+#include <optional>
 #include <vector>
 
 #include <fcntl.h>
@@ -17,12 +18,13 @@ namespace {
 constexpr int MinRate = 1000;
 constexpr int MaxRate = 768000;
 constexpr int MaxChannels = 1024;
-constexpr sf_count_t ChunkSamples = 65536;
+constexpr sf_count_t ChunkSamples = 16384;
+constexpr sf_count_t MaxReserved = 1 << 20;
 
 struct CloseSoundFile {
     void operator()(SNDFILE *file) const { sf_close(file); }
 };
-using SoundFile = std::unique_ptr<SNDFILE, CloseSoundFile>;
+using Handle = std::unique_ptr<SNDFILE, CloseSoundFile>;
 
 /// A descriptor of our own instead of sf_open(): that one reads standard input for the name "-"
 /// and would wait for ever at a pipe.
@@ -144,14 +146,26 @@ void appendSide(const std::vector<float> &chunk, std::size_t frames, const Gains
     }
 }
 
-FMOD_RESULT readFrames(SNDFILE *file, int channels, AudioSample &sample)
+/// As far as the announced length can be believed.
+void reserveFrames(const SF_INFO &info, AudioSample &sample)
 {
+    const auto frames =
+        static_cast<std::size_t>(std::clamp<sf_count_t>(info.frames, 0, MaxReserved));
+    sample.left.reserve(frames);
+    if (info.channels > 1)
+        sample.right.reserve(frames);
+}
+
+FMOD_RESULT readFrames(SNDFILE *file, const SF_INFO &info, AudioSample &sample)
+{
+    const int channels = info.channels;
     const bool stereo = channels > 1;
     const Gains leftGains = stereo ? downmixGains(channels, 0) : Gains{1.0F};
     const Gains rightGains = stereo ? downmixGains(channels, 1) : Gains();
     const std::size_t maxFrames = Decoder::MaxSamples / (stereo ? 2 : 1);
     const sf_count_t chunkFrames = ChunkSamples / channels;
     std::vector<float> chunk(static_cast<std::size_t>(chunkFrames * channels));
+    reserveFrames(info, sample);
     for (;;) {
         const sf_count_t read = sf_readf_float(file, chunk.data(), chunkFrames);
         if (read <= 0)
@@ -159,7 +173,8 @@ FMOD_RESULT readFrames(SNDFILE *file, int channels, AudioSample &sample)
         const std::size_t frames = static_cast<std::size_t>(std::min(read, chunkFrames));
         if (frames > maxFrames - sample.frames())
             return FMOD_ERR_MEMORY;
-        std::transform(chunk.begin(), chunk.end(), chunk.begin(), cleanSample);
+        const auto end = chunk.begin() + static_cast<std::ptrdiff_t>(frames) * channels;
+        std::transform(chunk.begin(), end, chunk.begin(), cleanSample);
         appendSide(chunk, frames, leftGains, sample.left);
         if (stereo)
             appendSide(chunk, frames, rightGains, sample.right);
@@ -167,40 +182,83 @@ FMOD_RESULT readFrames(SNDFILE *file, int channels, AudioSample &sample)
     return sample.frames() == 0 && sf_error(file) != SF_ERR_NO_ERROR ? FMOD_ERR_FILE_BAD : FMOD_OK;
 }
 
-FMOD_RESULT decode(SNDFILE *file, const SF_INFO &info, AudioSample &sample)
+bool isKnown(const SF_INFO &info)
 {
-    if (file == nullptr)
-        return FMOD_ERR_FORMAT;
-    if (info.channels < 1 || info.channels > MaxChannels || info.samplerate < MinRate
-        || info.samplerate > MaxRate)
-        return FMOD_ERR_FORMAT;
+    return info.channels >= 1 && info.channels <= MaxChannels && info.samplerate >= MinRate
+        && info.samplerate <= MaxRate;
+}
+
+} // namespace
+
+struct SoundFile::Source {
+    std::optional<FileDescriptor> descriptor;
+    std::vector<char> bytes;
+    MemoryFile memory = {};
+    SF_INFO info = {};
+    Handle handle; // the first to go: it reads from the others
+
+    FMOD_RESULT take(SNDFILE *opened)
+    {
+        handle.reset(opened);
+        return opened != nullptr && isKnown(info) ? FMOD_OK : FMOD_ERR_FORMAT;
+    }
+};
+
+SoundFile::SoundFile() = default;
+SoundFile::~SoundFile() = default;
+
+FMOD_RESULT SoundFile::openFile(const char *fileName)
+{
+    m_source = std::make_unique<Source>();
+    const FileDescriptor &descriptor = m_source->descriptor.emplace(fileName);
+    if (!descriptor.isOpen())
+        return FMOD_ERR_FILE_NOTFOUND;
+    if (!descriptor.isRegularFile())
+        return FMOD_ERR_FILE_BAD;
+    return m_source->take(sf_open_fd(descriptor.number(), SFM_READ, &m_source->info, SF_FALSE));
+}
+
+FMOD_RESULT SoundFile::openMemory(const void *data, std::size_t size)
+{
+    m_source = std::make_unique<Source>();
+    const char *const bytes = static_cast<const char *>(data);
+    m_source->bytes.assign(bytes, bytes + size);
+    m_source->memory = {m_source->bytes.data(), static_cast<sf_count_t>(size), 0};
+    SF_VIRTUAL_IO access = {memoryLength, memorySeek, memoryRead, memoryWrite, memoryTell};
+    return m_source->take(sf_open_virtual(&access, SFM_READ, &m_source->info, &m_source->memory));
+}
+
+double SoundFile::rate() const
+{
+    return m_source->info.samplerate;
+}
+
+bool SoundFile::isStereo() const
+{
+    return m_source->info.channels > 1;
+}
+
+FMOD_RESULT SoundFile::decode(AudioSample &sample)
+{
+    const std::unique_ptr<Source> source = std::move(m_source);
     AudioSample result;
-    result.rate = info.samplerate;
-    const FMOD_RESULT outcome = readFrames(file, info.channels, result);
+    result.rate = source->info.samplerate;
+    const FMOD_RESULT outcome = readFrames(source->handle.get(), source->info, result);
     if (outcome == FMOD_OK)
         sample = std::move(result);
     return outcome;
 }
 
-} // namespace
-
 FMOD_RESULT Decoder::decodeFile(const char *fileName, AudioSample &sample)
 {
-    const FileDescriptor descriptor(fileName);
-    if (!descriptor.isOpen())
-        return FMOD_ERR_FILE_NOTFOUND;
-    if (!descriptor.isRegularFile())
-        return FMOD_ERR_FILE_BAD;
-    SF_INFO info = {};
-    const SoundFile file(sf_open_fd(descriptor.number(), SFM_READ, &info, SF_FALSE));
-    return decode(file.get(), info, sample);
+    SoundFile file;
+    const FMOD_RESULT opened = file.openFile(fileName);
+    return opened == FMOD_OK ? file.decode(sample) : opened;
 }
 
 FMOD_RESULT Decoder::decodeMemory(const void *data, std::size_t size, AudioSample &sample)
 {
-    MemoryFile memory = {static_cast<const char *>(data), static_cast<sf_count_t>(size), 0};
-    SF_VIRTUAL_IO access = {memoryLength, memorySeek, memoryRead, memoryWrite, memoryTell};
-    SF_INFO info = {};
-    const SoundFile file(sf_open_virtual(&access, SFM_READ, &info, &memory));
-    return decode(file.get(), info, sample);
+    SoundFile file;
+    const FMOD_RESULT opened = file.openMemory(data, size);
+    return opened == FMOD_OK ? file.decode(sample) : opened;
 }

@@ -40,6 +40,25 @@ void Mixer::start(Slot slot, const Voice &voice)
     m_active.push_back(slot);
 }
 
+void Mixer::await(Slot slot, std::uint64_t startClock, const Gain &gain)
+{
+    if (slot >= m_states.size() || m_states[slot].inUse)
+        return;
+    start(slot, {nullptr, nullptr, 0, startClock, gain});
+    m_states[slot].awaited = true;
+}
+
+void Mixer::provide(Slot slot, const float *left, const float *right, std::size_t frames)
+{
+    if (slot >= m_states.size() || !m_states[slot].awaited)
+        return;
+    State &state = m_states[slot];
+    state.awaited = false;
+    state.voice.left = left;
+    state.voice.right = right;
+    state.voice.frames = frames;
+}
+
 void Mixer::setGain(Slot slot, const Gain &gain)
 {
     if (slot >= m_states.size() || !m_states[slot].inUse || m_states[slot].stopping)
@@ -57,6 +76,7 @@ void Mixer::stop(Slot slot)
         return;
     State &state = m_states[slot];
     state.stopping = true;
+    state.awaited = false;
     if (state.position == 0)
         state.voice.frames = 0;
     else
@@ -92,6 +112,8 @@ void Mixer::mix(float *left, float *right, std::size_t frames)
 /// Answers whether the voice goes on after this block.
 bool Mixer::mixVoice(State &state, float *left, float *right, std::size_t frames)
 {
+    if (state.awaited)
+        return true;
     const Voice &voice = state.voice;
     const std::size_t rest = voice.frames - state.position;
     if (voice.startClock <= m_clock && state.ramp.length == 0 && rest >= frames) {

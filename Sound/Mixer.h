@@ -39,6 +39,12 @@ public:
 
     /// Takes a voice into a slot that is new or was reported as ended. Ignored for a slot in use.
     void start(Slot slot, const Voice &voice);
+    /// Likewise takes a voice whose samples are not there yet. It keeps its place in the order
+    /// of the voices and stays silent until provide(), from where it sounds from its first frame,
+    /// at its start or, when that is over, at once.
+    void await(Slot slot, std::uint64_t startClock, const Gain &gain);
+    /// The samples of an awaited voice; ignored for any other.
+    void provide(Slot slot, const float *left, const float *right, std::size_t frames);
     /// Goes to a new gain: at once while nothing of the voice was heard, else along a ramp.
     /// Ignored for a voice that has ended or is stopping.
     void setGain(Slot slot, const Gain &gain);
@@ -63,6 +69,7 @@ private:
         std::size_t position = 0;
         MixKernels::Ramp ramp; // length 0: constant gain
         bool inUse = false;
+        bool awaited = false;
         bool stopping = false;
     };
 

@@ -5,12 +5,14 @@
 #include <soxr.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <memory>
 
 namespace {
 
 constexpr std::size_t ChunkFrames = 16384;
+constexpr std::size_t PieceFrames = 2048;
 
 struct DeleteConverter {
     void operator()(soxr_t converter) const { soxr_delete(converter); }
@@ -33,51 +35,64 @@ double resultFrames(std::size_t frames, double ratio)
     return std::ceil(static_cast<double>(frames) / ratio);
 }
 
-void resizeFrames(AudioSample &sample, std::size_t frames, bool stereo)
-{
-    sample.left.resize(frames);
-    sample.right.resize(stereo ? frames : 0);
-}
+/// What one step gives, small enough for the processor's cache.
+struct Piece {
+    std::array<std::array<float, PieceFrames>, 2> sides;
+    std::size_t frames = 0;
+};
 
 /// One step: gives `frames` frames from `consumed` on (none: the end of the source) and fetches
-/// what fits behind `produced`. Answers false on an error.
+/// up to `wanted` frames. Answers false on an error.
 bool step(soxr_t converter, const AudioSample &source, std::size_t &consumed, std::size_t frames,
-          AudioSample &result, std::size_t &produced)
+          std::size_t wanted, Piece &piece)
 {
-    const bool stereo = source.isStereo();
     const float *in[] = {source.left.data() + consumed,
-                         stereo ? source.right.data() + consumed : nullptr};
-    float *out[] = {result.left.data() + produced,
-                    stereo ? result.right.data() + produced : nullptr};
+                         source.isStereo() ? source.right.data() + consumed : nullptr};
+    float *out[] = {piece.sides[0].data(), piece.sides[1].data()};
     std::size_t used = 0;
-    std::size_t made = 0;
     const soxr_error_t error = soxr_process(converter, frames == 0 ? nullptr : in, frames, &used,
-                                            out, result.frames() - produced, &made);
+                                            out, std::min(wanted, PieceFrames), &piece.frames);
     consumed += used;
-    produced += made;
     return error == nullptr;
 }
 
-/// In chunks, because the converter keeps a copy of what it is given at once.
-bool convert(soxr_t converter, const AudioSample &source, AudioSample &result)
+void append(std::array<float, PieceFrames> &side, std::size_t frames, std::vector<float> &result)
 {
+    std::transform(side.begin(), side.begin() + frames, side.begin(), cleanSample);
+    result.insert(result.end(), side.begin(), side.begin() + frames);
+}
+
+void append(Piece &piece, bool stereo, AudioSample &result)
+{
+    append(piece.sides[0], piece.frames, result.left);
+    if (stereo)
+        append(piece.sides[1], piece.frames, result.right);
+}
+
+/// In chunks, because the converter keeps a copy of what it is given at once. What it does not
+/// fetch to the end is silent.
+bool convert(soxr_t converter, const AudioSample &source, std::size_t length, AudioSample &result)
+{
+    Piece piece;
     std::size_t consumed = 0;
-    std::size_t produced = 0;
-    while (produced < result.frames()) {
-        const std::size_t before = consumed + produced;
+    while (result.frames() < length) {
+        const std::size_t before = consumed;
         const std::size_t frames = std::min(ChunkFrames, source.frames() - consumed);
-        if (!step(converter, source, consumed, frames, result, produced))
+        if (!step(converter, source, consumed, frames, length - result.frames(), piece))
             return false;
-        if (frames == 0 && consumed + produced == before)
+        append(piece, source.isStereo(), result);
+        if (frames == 0 && piece.frames == 0 && consumed == before)
             break;
     }
+    result.left.resize(length);
+    result.right.resize(source.isStereo() ? length : 0);
     return true;
 }
 
-void clean(std::vector<float> &samples)
+void reserveFrames(AudioSample &sample, std::size_t frames, bool stereo)
 {
-    for (float &sample : samples)
-        sample = cleanSample(sample);
+    sample.left.reserve(frames);
+    sample.right.reserve(stereo ? frames : 0);
 }
 
 } // namespace
@@ -101,11 +116,10 @@ FMOD_RESULT Resampler::resample(const AudioSample &source, double frequency, dou
         if (frames * (source.isStereo() ? 2 : 1) > static_cast<double>(Decoder::MaxSamples))
             return FMOD_ERR_MEMORY;
         const Converter converter = makeConverter(frequency, outputRate, source.isStereo());
-        resizeFrames(made, static_cast<std::size_t>(frames), source.isStereo());
-        if (converter == nullptr || !convert(converter.get(), source, made))
+        const auto length = static_cast<std::size_t>(frames);
+        reserveFrames(made, length, source.isStereo());
+        if (converter == nullptr || !convert(converter.get(), source, length, made))
             return FMOD_ERR_INTERNAL;
-        clean(made.left);
-        clean(made.right);
     }
     made.rate = outputRate;
     result = std::move(made);

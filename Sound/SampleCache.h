@@ -1,54 +1,65 @@
 #pragma once
 
-#include "Sound/AudioSample.h"
-#include "Sound/Fmod.h"
+#include "Sound/PreparePool.h"
 
 #include <cstddef>
 #include <list>
 #include <map>
 #include <memory>
 #include <utility>
+#include <vector>
 
 /// Sounds made ready for the mixer, that is at the output's rate, by sound and playback rate.
 ///
 /// A note of an instrument always sounds at one rate, so it is resampled when it is first
-/// played and found here from then on. What was used least recently goes first when the cache
-/// is full; what somebody still holds lives on outside.
+/// played and found here from then on, even while it is still being made. What was used least
+/// recently goes first when the cache is full; what somebody still holds lives on outside. For
+/// one thread; only the samples are made by those of the pool.
 class SampleCache {
 public:
-    using Sample = std::shared_ptr<const AudioSample>;
+    using Sample = std::shared_ptr<Preparation>;
 
-    SampleCache(double outputRate, std::size_t maxBytes);
+    /// The pool must outlive the cache.
+    SampleCache(double outputRate, std::size_t maxBytes, PreparePool &pool);
 
     /// `source` played at `frequency` of its frames per second, as Resampler::resample() makes
-    /// it and with its error codes; `source` itself where the rates are equal. `prepared` is
-    /// unchanged on an error.
+    /// it; `source` itself where the rates are equal. It is queued behind its source, at once
+    /// only FMOD_ERR_INVALID_PARAM is known (`prepared` is then unchanged). An error of the
+    /// source is not repeated by what is made of it.
     FMOD_RESULT prepare(const Sample &source, double frequency, Sample &prepared);
 
     /// Drops everything made of `source`.
     void forget(const Sample &source);
 
-    /// What the cache holds, without the sources.
+    /// Counts what has been made since and drops what has no room; prepare() does so too.
+    void settle();
+
+    /// What the cache holds, without the sources and without what is not made or counted yet.
     std::size_t bytes() const { return m_bytes; }
     std::size_t count() const { return m_entries.size(); }
 
 private:
-    using Key = std::pair<const AudioSample *, double>;
+    using Key = std::pair<const Preparation *, double>;
 
     struct Entry {
         Key key;
         Sample source; // held, so that no other sound can come to lie at the key's address
         Sample prepared;
+        bool isCounted = false;
+        std::size_t bytes = 0; // once counted
     };
     using Entries = std::list<Entry>;
 
-    FMOD_RESULT add(const Sample &source, double frequency, Sample &prepared);
+    Sample add(const Sample &source, double frequency);
+    bool count(const Key &key);
     void remove(Entries::iterator entry);
     void shrink();
 
     double m_outputRate;
     std::size_t m_maxBytes;
+    PreparePool &m_pool;
     std::size_t m_bytes = 0;
     Entries m_entries; // the most recently used one first
     std::map<Key, Entries::iterator> m_index;
+    std::vector<Key> m_uncounted;
 };

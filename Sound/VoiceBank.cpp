@@ -9,18 +9,22 @@ VoiceBank::VoiceBank(std::size_t voices)
         m_free.push_back(static_cast<Slot>(i - 1));
 }
 
-std::optional<VoiceBank::Slot> VoiceBank::start(const Sample &sample, std::uint64_t startClock,
-                                                const Gain &gain)
+std::optional<VoiceBank::Slot> VoiceBank::await(std::uint64_t startClock, const Gain &gain)
 {
     if (m_free.empty())
         return std::nullopt;
     const Slot slot = m_free.back();
     m_free.pop_back();
+    m_mixer.await(slot, startClock, gain);
+    return slot;
+}
+
+void VoiceBank::provide(Slot slot, const Sample &sample)
+{
     m_samples[slot] = sample;
     const float *const left = sample->left.data();
     const float *const right = sample->isStereo() ? sample->right.data() : left;
-    m_mixer.start(slot, {left, right, sample->frames(), startClock, gain});
-    return slot;
+    m_mixer.provide(slot, left, right, sample->frames());
 }
 
 std::vector<VoiceBank::Slot> VoiceBank::collectEnded()

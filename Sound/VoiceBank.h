@@ -20,8 +20,10 @@ public:
 
     explicit VoiceBank(std::size_t voices);
 
-    /// Nothing when all slots are taken.
-    std::optional<Slot> start(const Sample &sample, std::uint64_t startClock, const Gain &gain);
+    /// A voice that is silent until provide(). Nothing when all slots are taken.
+    std::optional<Slot> await(std::uint64_t startClock, const Gain &gain);
+    /// What the voice of await() plays; once for each, and not after its stop().
+    void provide(Slot slot, const Sample &sample);
     void setGain(Slot slot, const Gain &gain) { m_mixer.setGain(slot, gain); }
     void stop(Slot slot) { m_mixer.stop(slot); }
 

@@ -10,6 +10,8 @@
 
 #include <sndfile.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <csignal>
 #include <limits>
@@ -28,10 +30,10 @@ struct ReleaseSystem {
 };
 using SystemPtr = std::unique_ptr<FMOD::System, ReleaseSystem>;
 
-SystemPtr createSystem()
+SystemPtr createSystem(unsigned threads = PreparePool::defaultThreads())
 {
     FMOD::System *system = nullptr;
-    if (createBuiltinSystem(&system) != FMOD_OK)
+    if (createBuiltinSystem(&system, threads) != FMOD_OK)
         qFatal("no system");
     return SystemPtr(system);
 }
@@ -93,6 +95,37 @@ std::vector<short> ramp(int frames, int channels)
     return samples;
 }
 
+std::vector<float> sine(int frames, float step)
+{
+    std::vector<float> samples;
+    samples.reserve(static_cast<std::size_t>(frames));
+    for (int i = 0; i < frames; ++i)
+        samples.push_back(0.1F * std::sin(step * static_cast<float>(i)));
+    return samples;
+}
+
+QByteArray vorbis(int index)
+{
+    return SoundFiles::encode(SF_FORMAT_OGG | SF_FORMAT_VORBIS, 44100, 1,
+                              sine(20000, 0.01F * static_cast<float>(index + 1)));
+}
+
+FMOD::Channel *playAt(FMOD::System &system, FMOD::Sound *sound, unsigned int clock)
+{
+    FMOD::Channel *const channel = open(system, sound);
+    channel->setDelay(FMOD_DELAYTYPE_DSPCLOCK_START, 0, clock);
+    channel->setPaused(false);
+    return channel;
+}
+
+void addThreadRows()
+{
+    QTest::addColumn<unsigned>("threads");
+    QTest::newRow("no thread") << 0U;
+    QTest::newRow("one thread") << 1U;
+    QTest::newRow("eight threads") << 8U;
+}
+
 QByteArray contents(const QString &name)
 {
     QFile file(name);
@@ -135,13 +168,26 @@ private slots:
     void stopDoesNotClick();
     void everyNoteOfManyIsInTheFile();
     void sameCallsGiveTheSameBytes();
+    void numberOfThreadsDoesNotChangeTheBytes();
+    void firstChordOfManySoundsIsComplete_data();
+    void firstChordOfManySoundsIsComplete();
 
     void soundComesFromAFileToo();
     void recordSizeOfTheSoundInfoIsChecked();
     void badSoundsAnswerErrors();
+    void soundDamagedBehindItsHeaderIsSilent_data();
+    void soundDamagedBehindItsHeaderIsSilent();
+    void soundThatBreaksOffSoundsUpToThere();
+    void noteThatIsTooLongIsSilent();
+    void openFilesAreBounded();
     void emptySoundEndsAtOnce();
     void unknownModesAreRefused();
     void releasedSoundSoundsOnAndIsUnknown();
+    void soundReleasedWhileItIsPreparedSoundsOn_data();
+    void soundReleasedWhileItIsPreparedSoundsOn();
+    void systemMayEndWhileSoundsArePrepared_data();
+    void systemMayEndWhileSoundsArePrepared();
+    void voiceStoppedWhileItIsPreparedIsSilent();
     void soundOfAnotherSystemIsUnknown();
 
     void endedChannelTouchesNoOtherVoice();
@@ -157,7 +203,8 @@ private slots:
     void unfinishedSystemOverwritesNothing();
 
 private:
-    SystemPtr start();
+    SystemPtr start(unsigned threads = PreparePool::defaultThreads());
+    QByteArray manyNotes(unsigned threads);
     SoundFiles::Contents finish(SystemPtr &system);
 
     std::unique_ptr<QTemporaryDir> m_directory;
@@ -170,9 +217,9 @@ void tst_BuiltinSystem::init()
     m_file = m_directory->filePath(QStringLiteral("out.wav"));
 }
 
-SystemPtr tst_BuiltinSystem::start()
+SystemPtr tst_BuiltinSystem::start(unsigned threads)
 {
-    SystemPtr system = createSystem();
+    SystemPtr system = createSystem(threads);
     if (initSystem(*system, m_file) != FMOD_OK)
         qFatal("init failed");
     return system;
@@ -513,6 +560,61 @@ void tst_BuiltinSystem::sameCallsGiveTheSameBytes()
     QVERIFY(contents(m_file) == first);
 }
 
+/// Notes of several sounds and rates, some of them again and again, started on the way.
+QByteArray tst_BuiltinSystem::manyNotes(unsigned threads)
+{
+    SystemPtr system = start(threads);
+    std::array<FMOD::Sound *, 6> sounds{};
+    for (std::size_t i = 0; i < sounds.size(); ++i)
+        sounds[i] = load(*system, vorbis(static_cast<int>(i)));
+    for (unsigned int block = 0; block < 30; ++block) {
+        for (unsigned int i = 0; i < 6; ++i) {
+            FMOD::Channel *const channel = open(*system, sounds[(block + i) % 6]);
+            channel->setFrequency(40000.0F + 700.0F * static_cast<float>(block * i % 17));
+            channel->setVolume(0.37F);
+            channel->setDelay(FMOD_DELAYTYPE_DSPCLOCK_START, 0, block * unsigned{Block} + 900U * i);
+            channel->setPaused(false);
+        }
+        update(*system, 1);
+    }
+    update(*system, 20);
+    finish(system);
+    return contents(m_file);
+}
+
+void tst_BuiltinSystem::numberOfThreadsDoesNotChangeTheBytes()
+{
+    const QByteArray expected = manyNotes(0);
+    QVERIFY(expected.size() > 200000);
+    for (const unsigned threads : {1U, 2U, 8U, 8U})
+        QVERIFY(manyNotes(threads) == expected);
+}
+
+void tst_BuiltinSystem::firstChordOfManySoundsIsComplete_data()
+{
+    addThreadRows();
+}
+
+void tst_BuiltinSystem::firstChordOfManySoundsIsComplete()
+{
+    QFETCH(unsigned, threads);
+    SystemPtr system = start(threads);
+    for (short i = 0; i < 300; ++i) {
+        std::vector<short> tone(6000, 1);
+        tone[0] = static_cast<short>(i + 2);
+        playAt(*system, load(*system, SoundFiles::encode16(48000, 2, tone)),
+               static_cast<unsigned int>(500 + 2 * i));
+    }
+    update(*system, 4);
+    const std::vector<short> samples = finish(system).samples;
+    QCOMPARE(samples[998], short{0});
+    for (std::size_t i = 0; i < 300; ++i) {
+        const std::size_t place = 2 * (500 + 2 * i);
+        QCOMPARE(static_cast<std::size_t>(samples[place]), 2 * i + 2);
+        QCOMPARE(static_cast<std::size_t>(samples[place + 2]), i + 1);
+    }
+}
+
 void tst_BuiltinSystem::soundComesFromAFileToo()
 {
     const QString name = m_directory->filePath(QStringLiteral("sound.wav"));
@@ -563,6 +665,82 @@ void tst_BuiltinSystem::badSoundsAnswerErrors()
     QVERIFY(sound == nullptr);
 }
 
+void tst_BuiltinSystem::soundDamagedBehindItsHeaderIsSilent_data()
+{
+    addThreadRows();
+}
+
+void tst_BuiltinSystem::soundDamagedBehindItsHeaderIsSilent()
+{
+    QFETCH(unsigned, threads);
+    QByteArray bytes = vorbis(0);
+    const int audio = bytes.indexOf("OggS", bytes.indexOf("vorbis", 100));
+    for (int i = audio + 100; i < bytes.size(); ++i)
+        bytes[i] = '\x55';
+    SystemPtr system = start(threads);
+    FMOD::Channel *const channel = playAt(*system, load(*system, bytes), 0);
+    playAt(*system, load(*system, SoundFiles::encode16(48000, 2, {5, 6})), 0);
+    update(*system, 3);
+    QCOMPARE(channel->setVolume(0.5F), FMOD_OK);
+    const std::vector<short> samples = finish(system).samples;
+    QCOMPARE(samples[0], short{5});
+    QCOMPARE(samples[1], short{6});
+    QCOMPARE(std::count(samples.begin() + 2, samples.end(), 0), std::ptrdiff_t{6 * Block - 2});
+}
+
+void tst_BuiltinSystem::soundThatBreaksOffSoundsUpToThere()
+{
+    QByteArray bytes = SoundFiles::encode16(48000, 2, std::vector<short>(4000, 77));
+    bytes.truncate(bytes.size() - 4000);
+    SystemPtr system = start();
+    playAt(*system, load(*system, bytes), 0);
+    update(*system, 2);
+    const std::vector<short> samples = finish(system).samples;
+    QCOMPARE(samples[1998], short{77});
+    QCOMPARE(samples[2000], short{0});
+}
+
+void tst_BuiltinSystem::noteThatIsTooLongIsSilent()
+{
+    SystemPtr system = start();
+    FMOD::Sound *const sound =
+        load(*system, SoundFiles::encode16(48000, 1, std::vector<short>(400000, 99)));
+    for (int i = 0; i < 2; ++i) {
+        FMOD::Channel *const channel = open(*system, sound);
+        QCOMPARE(channel->setFrequency(750), FMOD_OK); // 64 times as long
+        QCOMPARE(channel->setDelay(FMOD_DELAYTYPE_DSPCLOCK_START, 0, Block), FMOD_OK);
+        QCOMPARE(channel->setPaused(false), FMOD_OK);
+    }
+    QCOMPARE(system->update(), FMOD_OK);
+    QCOMPARE(system->update(), FMOD_ERR_MEMORY);
+    QCOMPARE(clockOf(*system), quint64{2 * Block});
+    QCOMPARE(system->update(), FMOD_OK);
+    QVERIFY(finish(system).samples == std::vector<short>(6 * Block, 0));
+}
+
+void tst_BuiltinSystem::openFilesAreBounded()
+{
+    const QString name = m_directory->filePath(QStringLiteral("sound.wav"));
+    QFile file(name);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(SoundFiles::encode16(48000, 2, {5, 6}));
+    file.close();
+    SystemPtr system = start(0);
+    rlimit before = {};
+    QCOMPARE(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit limit = {100, before.rlim_max};
+    QCOMPARE(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    int made = 0;
+    for (int i = 0; i < 300; ++i) {
+        FMOD::Sound *sound = nullptr;
+        if (system->createSound(QFile::encodeName(name).constData(), FileMode, nullptr, &sound)
+            == FMOD_OK)
+            ++made;
+    }
+    QCOMPARE(setrlimit(RLIMIT_NOFILE, &before), 0);
+    QCOMPARE(made, 300);
+}
+
 void tst_BuiltinSystem::emptySoundEndsAtOnce()
 {
     SystemPtr system = start();
@@ -602,6 +780,68 @@ void tst_BuiltinSystem::releasedSoundSoundsOnAndIsUnknown()
     QCOMPARE(system->playSound(FMOD_CHANNEL_FREE, sound, true, &channel), FMOD_ERR_INVALID_HANDLE);
     update(*system, 2);
     QVERIFY(std::abs(finish(system).samples[4000] - 18000) < 10);
+}
+
+void tst_BuiltinSystem::soundReleasedWhileItIsPreparedSoundsOn_data()
+{
+    addThreadRows();
+}
+
+void tst_BuiltinSystem::soundReleasedWhileItIsPreparedSoundsOn()
+{
+    QFETCH(unsigned, threads);
+    QByteArray files[2];
+    for (int round = 0; round < 2; ++round) {
+        SystemPtr system = start(threads);
+        for (int i = 0; i < 12; ++i) {
+            FMOD::Sound *const sound = load(*system, vorbis(i % 3));
+            if (i % 3 != 0)
+                playAt(*system, sound, static_cast<unsigned int>(i * 400));
+            if (i % 3 == 0 || round == 1)
+                QCOMPARE(sound->release(), FMOD_OK);
+        }
+        update(*system, 20);
+        finish(system);
+        files[round] = contents(m_file);
+    }
+    QVERIFY(files[0] == files[1]);
+}
+
+void tst_BuiltinSystem::systemMayEndWhileSoundsArePrepared_data()
+{
+    addThreadRows();
+}
+
+void tst_BuiltinSystem::systemMayEndWhileSoundsArePrepared()
+{
+    QFETCH(unsigned, threads);
+    const QByteArray bytes = vorbis(1);
+    for (int round = 0; round < 20; ++round) {
+        SystemPtr system = start(threads);
+        for (int i = 0; i < round; ++i) {
+            FMOD::Channel *const channel = open(*system, load(*system, bytes));
+            channel->setFrequency(30000);
+            channel->setPaused(false);
+        }
+        QVERIFY(finish(system).samples.empty());
+    }
+}
+
+void tst_BuiltinSystem::voiceStoppedWhileItIsPreparedIsSilent()
+{
+    SystemPtr system = start();
+    FMOD::Sound *const sound =
+        load(*system, SoundFiles::encode16(48000, 2, std::vector<short>(2 * Block, 500)));
+    FMOD::Channel *const stopped = playAt(*system, sound, 0);
+    QCOMPARE(stopped->stop(), FMOD_OK);
+    FMOD::Channel *const again = playAt(*system, sound, Block);
+    QVERIFY(again == stopped);
+    update(*system, 3);
+    const std::vector<short> samples = finish(system).samples;
+    QVERIFY(std::vector<short>(samples.begin(), samples.begin() + 2 * Block)
+            == std::vector<short>(2 * Block, 0));
+    QVERIFY(std::vector<short>(samples.begin() + 2 * Block, samples.begin() + 4 * Block)
+            == std::vector<short>(2 * Block, 500));
 }
 
 void tst_BuiltinSystem::soundOfAnotherSystemIsUnknown()

@@ -117,6 +117,11 @@ class tst_Mixer : public QObject {
 
 private slots:
     void withoutVoicesThereIsSilence();
+    void awaitedVoiceStartsOnTime();
+    void awaitedVoiceThatComesLateStartsAtOnce();
+    void awaitedVoiceKeepsItsPlaceInTheOrder();
+    void stoppedVoiceIsNotAwaitedAnyMore();
+    void samplesAreProvidedOnce();
     void monoVoiceIsExact();
     void stereoVoiceIsExact();
     void voicesAddUp();
@@ -144,6 +149,74 @@ private slots:
     void clockGoesBeyond32Bits();
     void nothingIsAllocated();
 };
+
+void tst_Mixer::awaitedVoiceStartsOnTime()
+{
+    const Samples samples = stairs(100);
+    Mixer mixer(4);
+    mixer.await(1, 150, {1, 0.5F});
+    Mix mix = mixed(mixer, 100);
+    mixer.provide(1, samples.data(), samples.data(), samples.size());
+    append(mix, mixer, 200);
+    QVERIFY(slice(mix.left, 0, 150) == Samples(150, 0.0F));
+    QVERIFY(slice(mix.left, 150, 100) == samples);
+    QCOMPARE(mix.right[150], samples[0] / 2);
+    QVERIFY(slice(mix.left, 250, 50) == Samples(50, 0.0F));
+    QCOMPARE(mixer.ended().size(), std::size_t{1});
+}
+
+void tst_Mixer::awaitedVoiceThatComesLateStartsAtOnce()
+{
+    const Samples samples = stairs(100);
+    Mixer mixer(4);
+    mixer.await(0, 10, {1, 1});
+    QVERIFY(mixed(mixer, 100).left == Samples(100, 0.0F));
+    QCOMPARE(mixer.voices(), std::size_t{1});
+    mixer.provide(0, samples.data(), samples.data(), samples.size());
+    QVERIFY(mixed(mixer, 100).left == samples);
+}
+
+void tst_Mixer::awaitedVoiceKeepsItsPlaceInTheOrder()
+{
+    std::vector<Samples> sounds;
+    Mixer expected(16);
+    for (unsigned i = 0; i < 11; ++i)
+        sounds.push_back(noise(500, i));
+    for (unsigned i = 0; i < 11; ++i)
+        expected.start(i, mono(sounds[i], 10 * i, {0.3F, 0.7F}));
+    Mixer mixer(16);
+    for (unsigned i = 0; i < 11; ++i)
+        mixer.await(i, 10 * i, {0.3F, 0.7F});
+    for (unsigned i = 11; i-- > 0;)
+        mixer.provide(i, sounds[i].data(), sounds[i].data(), sounds[i].size());
+    QVERIFY(mixed(mixer, 700) == mixed(expected, 700));
+}
+
+void tst_Mixer::stoppedVoiceIsNotAwaitedAnyMore()
+{
+    const Samples samples = stairs(100);
+    Mixer mixer(4);
+    mixer.await(3, 50, {1, 1});
+    mixer.stop(3);
+    mixer.provide(3, samples.data(), samples.data(), samples.size());
+    QVERIFY(mixed(mixer, 200).left == Samples(200, 0.0F));
+    QCOMPARE(mixer.voices(), std::size_t{0});
+    QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{3});
+}
+
+void tst_Mixer::samplesAreProvidedOnce()
+{
+    const Samples samples = stairs(100);
+    const Samples others = stairs(50, 2.0F);
+    Mixer mixer(2);
+    mixer.start(0, mono(samples));
+    mixer.provide(0, others.data(), others.data(), others.size());
+    mixer.provide(1, others.data(), others.data(), others.size());
+    mixer.provide(2, others.data(), others.data(), others.size());
+    mixer.await(0, 0, {1, 1});
+    mixer.await(2, 0, {1, 1});
+    QVERIFY(mixed(mixer, 100).left == samples);
+}
 
 void tst_Mixer::withoutVoicesThereIsSilence()
 {

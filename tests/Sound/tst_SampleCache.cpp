@@ -1,5 +1,7 @@
 #include "Sound/SampleCache.h"
 
+#include "Sound/Decoder.h"
+
 #include <QtTest>
 
 #include <limits>
@@ -11,17 +13,30 @@ constexpr std::size_t KiB = 1024;
 
 SampleCache::Sample sampleOf(std::size_t frames, bool stereo = false)
 {
-    const auto sample = std::make_shared<AudioSample>();
-    sample->left.assign(frames, 0.5F);
-    sample->right.assign(stereo ? frames : 0, 0.25F);
-    return sample;
+    return std::make_shared<Preparation>([frames, stereo](AudioSample &sample) {
+        sample.left.assign(frames, 0.5F);
+        sample.right.assign(stereo ? frames : 0, 0.25F);
+        return FMOD_OK;
+    });
 }
+
+/// A cache for which the calling thread does the work, whenever a sample is asked for.
+class Cache : private PreparePool, public SampleCache {
+public:
+    explicit Cache(std::size_t maxBytes)
+        : PreparePool(0)
+        , SampleCache(Rate, maxBytes, *this)
+    {
+    }
+};
 
 SampleCache::Sample prepared(SampleCache &cache, const SampleCache::Sample &source, double rate)
 {
     SampleCache::Sample result;
     if (cache.prepare(source, rate, result) != FMOD_OK)
         qFatal("preparing failed");
+    result->run();
+    cache.settle();
     return result;
 }
 
@@ -40,6 +55,12 @@ private slots:
     void whatIsHeldLivesOn();
     void whatIsTooLargeIsPreparedButNotKept();
     void forgettingDropsAllRatesOfOneSound();
+    void sampleThatIsNotMadeYetIsFoundToo();
+    void sampleIsCountedWhenItIsMade();
+    void whatIsNotMadeYetIsNotDropped();
+    void forgottenSoundIsNotMade();
+    void brokenSoundIsSilentAtEveryRate();
+    void resultThatIsTooLargeIsAnError();
     void emptySoundIsFine();
     void absurdRatesAreRefused_data();
     void absurdRatesAreRefused();
@@ -47,7 +68,7 @@ private slots:
 
 void tst_SampleCache::theOutputsRateNeedsNoCopy()
 {
-    SampleCache cache(Rate, 100 * KiB);
+    Cache cache(100 * KiB);
     const auto source = sampleOf(100);
     QCOMPARE(prepared(cache, source, Rate), source);
     QCOMPARE(cache.bytes(), std::size_t{0});
@@ -55,35 +76,35 @@ void tst_SampleCache::theOutputsRateNeedsNoCopy()
 
 void tst_SampleCache::aSecondRequestFindsTheFirst()
 {
-    SampleCache cache(Rate, 100 * KiB);
+    Cache cache(100 * KiB);
     const auto source = sampleOf(1000);
     const auto first = prepared(cache, source, 24000);
-    QCOMPARE(first->frames(), std::size_t{2000});
+    QCOMPARE(first->sample().frames(), std::size_t{2000});
     QCOMPARE(prepared(cache, source, 24000), first);
     QCOMPARE(cache.count(), std::size_t{1});
 }
 
 void tst_SampleCache::ratesAndSoundsAreKeptApart()
 {
-    SampleCache cache(Rate, 100 * KiB);
+    Cache cache(100 * KiB);
     const auto one = sampleOf(1000);
     const auto other = sampleOf(500);
-    QCOMPARE(prepared(cache, one, 24000)->frames(), std::size_t{2000});
-    QCOMPARE(prepared(cache, one, 96000)->frames(), std::size_t{500});
-    QCOMPARE(prepared(cache, other, 24000)->frames(), std::size_t{1000});
+    QCOMPARE(prepared(cache, one, 24000)->sample().frames(), std::size_t{2000});
+    QCOMPARE(prepared(cache, one, 96000)->sample().frames(), std::size_t{500});
+    QCOMPARE(prepared(cache, other, 24000)->sample().frames(), std::size_t{1000});
     QCOMPARE(cache.count(), std::size_t{3});
 }
 
 void tst_SampleCache::monoStaysMono()
 {
-    SampleCache cache(Rate, 100 * KiB);
-    QVERIFY(!prepared(cache, sampleOf(100), 24000)->isStereo());
-    QVERIFY(prepared(cache, sampleOf(100, true), 24000)->isStereo());
+    Cache cache(100 * KiB);
+    QVERIFY(!prepared(cache, sampleOf(100), 24000)->sample().isStereo());
+    QVERIFY(prepared(cache, sampleOf(100, true), 24000)->sample().isStereo());
 }
 
 void tst_SampleCache::sizeIsCountedInBytes()
 {
-    SampleCache cache(Rate, 100 * KiB);
+    Cache cache(100 * KiB);
     prepared(cache, sampleOf(100), 24000);
     QCOMPARE(cache.bytes(), std::size_t{800});
     prepared(cache, sampleOf(100, true), 24000);
@@ -92,7 +113,7 @@ void tst_SampleCache::sizeIsCountedInBytes()
 
 void tst_SampleCache::leastRecentlyUsedGoesFirst()
 {
-    SampleCache cache(Rate, 20 * KiB); // two of 8 KiB
+    Cache cache(20 * KiB); // two of 8 KiB
     const auto a = sampleOf(KiB);
     const auto b = sampleOf(KiB);
     const auto c = sampleOf(KiB);
@@ -108,25 +129,25 @@ void tst_SampleCache::leastRecentlyUsedGoesFirst()
 
 void tst_SampleCache::whatIsHeldLivesOn()
 {
-    SampleCache cache(Rate, 10 * KiB);
+    Cache cache(10 * KiB);
     const auto held = prepared(cache, sampleOf(KiB), 24000);
     prepared(cache, sampleOf(KiB), 24000);
     QCOMPARE(cache.count(), std::size_t{1});
-    QCOMPARE(held->frames(), 2 * KiB);
+    QCOMPARE(held->sample().frames(), 2 * KiB);
     QCOMPARE(held.use_count(), 1L);
 }
 
 void tst_SampleCache::whatIsTooLargeIsPreparedButNotKept()
 {
-    SampleCache cache(Rate, 1 * KiB);
-    QCOMPARE(prepared(cache, sampleOf(KiB), 24000)->frames(), 2 * KiB);
+    Cache cache(1 * KiB);
+    QCOMPARE(prepared(cache, sampleOf(KiB), 24000)->sample().frames(), 2 * KiB);
     QCOMPARE(cache.count(), std::size_t{0});
     QCOMPARE(cache.bytes(), std::size_t{0});
 }
 
 void tst_SampleCache::forgettingDropsAllRatesOfOneSound()
 {
-    SampleCache cache(Rate, 100 * KiB);
+    Cache cache(100 * KiB);
     const auto a = sampleOf(100);
     const auto b = sampleOf(100);
     prepared(cache, a, 24000);
@@ -140,10 +161,89 @@ void tst_SampleCache::forgettingDropsAllRatesOfOneSound()
     QCOMPARE(cache.bytes(), std::size_t{800});
 }
 
+void tst_SampleCache::sampleThatIsNotMadeYetIsFoundToo()
+{
+    Cache cache(100 * KiB);
+    const auto source = sampleOf(1000);
+    SampleCache::Sample first;
+    SampleCache::Sample second;
+    QCOMPARE(cache.prepare(source, 24000, first), FMOD_OK);
+    QCOMPARE(cache.prepare(source, 24000, second), FMOD_OK);
+    QVERIFY(!first->isDone());
+    QCOMPARE(first, second);
+    QCOMPARE(cache.count(), std::size_t{1});
+}
+
+void tst_SampleCache::sampleIsCountedWhenItIsMade()
+{
+    Cache cache(100 * KiB);
+    SampleCache::Sample result;
+    QCOMPARE(cache.prepare(sampleOf(100), 24000, result), FMOD_OK);
+    cache.settle();
+    QCOMPARE(cache.bytes(), std::size_t{0});
+    result->run();
+    QCOMPARE(cache.bytes(), std::size_t{0});
+    cache.settle();
+    QCOMPARE(cache.bytes(), std::size_t{800});
+    cache.settle();
+    QCOMPARE(cache.bytes(), std::size_t{800});
+}
+
+void tst_SampleCache::whatIsNotMadeYetIsNotDropped()
+{
+    Cache cache(10 * KiB); // one of 8 KiB
+    const auto source = sampleOf(KiB);
+    SampleCache::Sample waiting;
+    QCOMPARE(cache.prepare(source, 24000, waiting), FMOD_OK);
+    prepared(cache, sampleOf(KiB), 24000);
+    const auto last = prepared(cache, sampleOf(KiB), 24000);
+    QCOMPARE(cache.count(), std::size_t{2});
+    QCOMPARE(cache.bytes(), 8 * KiB);
+    QCOMPARE(prepared(cache, source, 24000), waiting);
+    QCOMPARE(cache.count(), std::size_t{1});
+    QCOMPARE(cache.bytes(), 8 * KiB);
+}
+
+void tst_SampleCache::forgottenSoundIsNotMade()
+{
+    Cache cache(100 * KiB);
+    SampleCache::Sample result;
+    const auto source = sampleOf(100);
+    QCOMPARE(cache.prepare(source, 24000, result), FMOD_OK);
+    const std::weak_ptr<Preparation> watched = result;
+    result.reset();
+    QVERIFY(!watched.expired());
+    cache.forget(source);
+    QVERIFY(watched.expired());
+    QVERIFY(!source->isDone());
+    cache.settle();
+    QCOMPARE(cache.bytes(), std::size_t{0});
+}
+
+void tst_SampleCache::brokenSoundIsSilentAtEveryRate()
+{
+    Cache cache(100 * KiB);
+    const auto source =
+        std::make_shared<Preparation>([](AudioSample &) { return FMOD_ERR_FILE_BAD; });
+    const auto result = prepared(cache, source, 24000);
+    QCOMPARE(result->sample().frames(), std::size_t{0});
+    QCOMPARE(result->takeError(), FMOD_OK);
+    QCOMPARE(source->takeError(), FMOD_ERR_FILE_BAD);
+}
+
+void tst_SampleCache::resultThatIsTooLargeIsAnError()
+{
+    Cache cache(100 * KiB);
+    const auto result = prepared(cache, sampleOf(Decoder::MaxSamples / 64 + 1), Rate / 64);
+    QCOMPARE(result->sample().frames(), std::size_t{0});
+    QCOMPARE(result->takeError(), FMOD_ERR_MEMORY);
+    QCOMPARE(cache.bytes(), std::size_t{0});
+}
+
 void tst_SampleCache::emptySoundIsFine()
 {
-    SampleCache cache(Rate, 100 * KiB);
-    QCOMPARE(prepared(cache, sampleOf(0), 24000)->frames(), std::size_t{0});
+    Cache cache(100 * KiB);
+    QCOMPARE(prepared(cache, sampleOf(0), 24000)->sample().frames(), std::size_t{0});
 }
 
 void tst_SampleCache::absurdRatesAreRefused_data()
@@ -158,10 +258,10 @@ void tst_SampleCache::absurdRatesAreRefused_data()
 void tst_SampleCache::absurdRatesAreRefused()
 {
     QFETCH(double, rate);
-    SampleCache cache(Rate, 100 * KiB);
+    Cache cache(100 * KiB);
     SampleCache::Sample result = sampleOf(7);
     QCOMPARE(cache.prepare(sampleOf(10), rate, result), FMOD_ERR_INVALID_PARAM);
-    QCOMPARE(result->frames(), std::size_t{7});
+    QCOMPARE(result->sample().frames(), std::size_t{7});
     QCOMPARE(cache.count(), std::size_t{0});
 }
 
