@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <limits>
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace {
@@ -233,7 +234,8 @@ QString RenderWorker::failure(const QString &reason) const
 
 QString RenderWorker::failure(FMOD_RESULT result) const
 {
-    return failure(textOf(result));
+    const std::string reason = m_system ? WaveOutput::failureReason(*m_system) : std::string();
+    return failure(reason.empty() ? textOf(result) : QString::fromStdString(reason));
 }
 
 FmodCheck RenderWorker::check() const

@@ -8,8 +8,10 @@
 #include "Sound/WaveWriter.h"
 
 #include <array>
+#include <cerrno>
 #include <memory>
 #include <new>
+#include <system_error>
 #include <unordered_map>
 
 namespace {
@@ -73,9 +75,12 @@ public:
 
     std::optional<WaveOutput::Report> report() const;
     bool abandon();
+    /// From errno; 0 while nothing went wrong or the reason is not known.
+    int outputError() const { return m_outputError; }
 
 private:
     bool isInitialised() const { return m_channels != nullptr; }
+    FMOD_RESULT openWriter(const char *fileName);
     FMOD_RESULT finish();
     FMOD_RESULT addSound(const char *nameOrData, FMOD_MODE mode, const FMOD_CREATESOUNDEXINFO *info,
                          FMOD::Sound **sound);
@@ -87,6 +92,7 @@ private:
     std::unique_ptr<ChannelPool> m_channels; // from init() on
     std::unique_ptr<WaveWriter> m_writer;    // from init() on
     bool m_abandoned = false;
+    int m_outputError = 0;
     std::array<float, BlockFrames> m_left{};
     std::array<float, BlockFrames> m_right{};
     // Looked up by address: a pointer that is dead or another system's is noticed.
@@ -174,17 +180,23 @@ FMOD_RESULT BuiltinSystem::init(int maxChannels, FMOD_INITFLAGS, void *extraDriv
     if (extraDriverData == nullptr)
         return FMOD_ERR_INVALID_PARAM;
     try {
-        auto file = ReplacingFile::open(static_cast<const char *>(extraDriverData));
-        if (file == nullptr)
-            return FMOD_ERR_OUTPUT_INIT;
-        auto writer = std::make_unique<WaveWriter>(std::move(file));
-        if (!writer->begin())
-            return FMOD_ERR_OUTPUT_INIT;
-        m_channels = std::make_unique<ChannelPool>(m_cache);
-        m_writer = std::move(writer);
+        return openWriter(static_cast<const char *>(extraDriverData));
     } catch (const std::bad_alloc &) {
         return FMOD_ERR_MEMORY;
     }
+}
+
+FMOD_RESULT BuiltinSystem::openWriter(const char *fileName)
+{
+    errno = 0;
+    auto file = ReplacingFile::open(fileName);
+    auto writer = file != nullptr ? std::make_unique<WaveWriter>(std::move(file)) : nullptr;
+    if (writer == nullptr || !writer->begin()) {
+        m_outputError = errno;
+        return FMOD_ERR_OUTPUT_INIT;
+    }
+    m_channels = std::make_unique<ChannelPool>(m_cache);
+    m_writer = std::move(writer);
     return FMOD_OK;
 }
 
@@ -195,7 +207,11 @@ FMOD_RESULT BuiltinSystem::update()
     if (m_writer->hasFailed())
         return FMOD_ERR_FILE_BAD;
     const FMOD_RESULT result = m_channels->mix(m_left.data(), m_right.data(), BlockFrames);
-    return m_writer->write(m_left.data(), m_right.data(), BlockFrames) ? result : FMOD_ERR_FILE_BAD;
+    errno = 0;
+    if (m_writer->write(m_left.data(), m_right.data(), BlockFrames))
+        return result;
+    m_outputError = errno;
+    return FMOD_ERR_FILE_BAD;
 }
 
 /// The frames written: a block that was mixed but could not be written does not count.
@@ -326,4 +342,12 @@ bool WaveOutput::abandon(FMOD::System &system)
 {
     auto *const builtin = dynamic_cast<BuiltinSystem *>(&system);
     return builtin != nullptr && builtin->abandon();
+}
+
+std::string WaveOutput::failureReason(FMOD::System &system)
+{
+    const auto *const builtin = dynamic_cast<const BuiltinSystem *>(&system);
+    if (builtin == nullptr || builtin->outputError() == 0)
+        return {};
+    return std::generic_category().message(builtin->outputError());
 }

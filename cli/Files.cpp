@@ -1,10 +1,10 @@
 #include "cli/Files.h"
 
 #include "cli/Signals.h"
+#include "model/AtomicFile.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <optional>
 
@@ -23,38 +23,12 @@ std::optional<struct stat> status(const QString &path)
     return result;
 }
 
-[[noreturn]] void throwWriteError(const QString &path, const QFileDevice &file)
-{
-    throw QStringLiteral("Could not write %1: %2").arg(path, file.errorString());
-}
-
-/// A full disk takes a part of the bytes without complaint; only the next write tells the reason.
-bool writeAll(QFileDevice &file, const QByteArray &bytes)
-{
-    qint64 done = 0;
-    while (done < bytes.size()) {
-        const qint64 written = file.write(bytes.constData() + done, bytes.size() - done);
-        if (written <= 0)
-            return false;
-        done += written;
-    }
-    return true;
-}
-
-void replaceFile(const QString &path, const QByteArray &bytes)
-{
-    const SignalHold hold;
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !writeAll(file, bytes)
-        || !file.commit())
-        throwWriteError(path, file);
-}
-
 void writeThrough(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) || !writeAll(file, bytes))
-        throwWriteError(path, file);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
+        || !AtomicFile::writeWhole(file, bytes))
+        throw QStringLiteral("Could not write %1: %2").arg(path, file.errorString());
 }
 
 void openForReading(QFile &file, const QString &path)
@@ -94,9 +68,9 @@ void Files::write(const QString &path, const QByteArray &bytes)
 {
     // Renaming over a device would replace it.
     if (isSpecial(path))
-        writeThrough(path, bytes);
-    else
-        replaceFile(path, bytes);
+        return writeThrough(path, bytes);
+    const SignalHold hold;
+    AtomicFile::write(path, bytes);
 }
 
 QByteArray Files::read(const QString &path)

@@ -1,11 +1,12 @@
 #include "demo/GeneratedFiles.h"
 
+#include "model/AtomicFile.h"
+
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
-#include <QSaveFile>
 
 namespace Demo {
 
@@ -109,10 +110,7 @@ void GeneratedFiles::write(const QString &path, const QByteArray &contents) cons
     const QString dir = QFileInfo(absolute).path();
     if (!QDir().mkpath(dir))
         throw QStringLiteral("Could not create the directory '%1'.").arg(dir);
-    QSaveFile file(absolute);
-    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()
-        || !file.commit())
-        throw QStringLiteral("Could not write '%1': %2").arg(absolute, file.errorString());
+    AtomicFile::write(absolute, contents);
 }
 
 } // namespace Demo

@@ -173,6 +173,7 @@ private slots:
     void keepsTheOlderFileAtAnUnmappedNote();
     void replacesTheOlderFile();
     void failsInAFolderThatIsNotThere();
+    void tellsOfAFullDisk();
     void keepsTheOlderFileWhenCancelled();
     void keepsTheOlderFileWhenDestroyed();
 };
@@ -363,8 +364,16 @@ void tst_RenderedWave::failsInAFolderThatIsNotThere()
     studio.fileName = studio.dir.filePath(QStringLiteral("missing/out.wav"));
     QTest::ignoreMessage(QtCriticalMsg, "FMOD Error: The sound output could not be opened.\n");
     QCOMPARE(studio.render({quarter(0)}, studio.instrument()),
-             QStringLiteral("Could not write %1: The sound output could not be opened.")
-                 .arg(studio.fileName));
+             QStringLiteral("Could not write %1: No such file or directory").arg(studio.fileName));
+}
+
+void tst_RenderedWave::tellsOfAFullDisk()
+{
+    Studio studio;
+    studio.fileName = QStringLiteral("/dev/full");
+    QTest::ignoreMessage(QtCriticalMsg, "FMOD Error: The sound output could not be opened.\n");
+    QCOMPARE(studio.render({quarter(0)}, studio.instrument()),
+             QStringLiteral("Could not write /dev/full: No space left on device"));
 }
 
 void tst_RenderedWave::keepsTheOlderFileWhenCancelled()

@@ -448,7 +448,8 @@ void tst_RenderCommand::limitOnFileSizeLeavesNothingBehind()
     });
     const ProgramRun::Outcome outcome = program.outcome();
     QCOMPARE(outcome.status, 1);
-    QVERIFY2(outcome.errors.contains("quillmoor-cli: Could not write out.wav: "), outcome.errors);
+    QVERIFY2(outcome.errors.contains("quillmoor-cli: Could not write out.wav: File too large\n"),
+             outcome.errors);
     QCOMPARE(listing(m_dir->path()), before);
 }
 
