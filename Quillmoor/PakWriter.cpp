@@ -1,6 +1,7 @@
 #include "Quillmoor/PakWriter.h"
 
 #include "Quillmoor/PakFormat.h"
+#include "model/AtomicFile.h"
 
 #include <QBuffer>
 #include <QSaveFile>
@@ -53,7 +54,7 @@ QByteArray padded(const QByteArray &bytes, int size)
 
 void put(QIODevice &device, const QByteArray &bytes)
 {
-    if (device.write(bytes) != bytes.size())
+    if (!AtomicFile::writeWhole(device, bytes))
         throw QStringLiteral("Could not write the package: %1").arg(device.errorString());
 }
 
@@ -198,7 +199,7 @@ QByteArray PakWriter::toBytes() const
 void PakWriter::save(const QString &fileName) const
 {
     QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly))
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         throw QStringLiteral("Could not write %1: %2").arg(fileName, file.errorString());
     write(file);
     if (!file.commit())

@@ -10,11 +10,11 @@ void AtomicFile::write(const QString &path, const QByteArray &bytes)
         throw QStringLiteral("Could not write %1: %2").arg(path, file.errorString());
 }
 
-bool AtomicFile::writeWhole(QFileDevice &file, const QByteArray &bytes)
+bool AtomicFile::writeWhole(QIODevice &device, const QByteArray &bytes)
 {
     qint64 done = 0;
     while (done < bytes.size()) {
-        const qint64 written = file.write(bytes.constData() + done, bytes.size() - done);
+        const qint64 written = device.write(bytes.constData() + done, bytes.size() - done);
         if (written <= 0)
             return false;
         done += written;

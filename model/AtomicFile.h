@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
-class QFileDevice;
+class QIODevice;
 
 /// Files that are replaced only when all is written.
 namespace AtomicFile {
@@ -15,6 +15,6 @@ void write(const QString &path, const QByteArray &bytes);
 /// Writes all of `bytes` to an unbuffered device. A full disk takes a part of them without
 /// complaint, and only the next write tells the reason, which is the device's errorString() when
 /// the answer is false.
-bool writeWhole(QFileDevice &file, const QByteArray &bytes);
+bool writeWhole(QIODevice &device, const QByteArray &bytes);
 
 } // namespace AtomicFile

@@ -2,8 +2,10 @@
 
 #include "Quillmoor/PakReader.h"
 #include "TestSupport/PackageBuilder.h"
+#include "TestSupport/SizeLimit.h"
 #include "TestSupport/Thrown.h"
 
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <QtTest>
@@ -154,6 +156,19 @@ private slots:
         const QString place = m_dir.filePath(name("no/such/directory/x.pak"));
         const QString message = thrownBy([&] { PakWriter().save(place); });
         QVERIFY2(message.startsWith(name("Could not write %1: ").arg(place)), qPrintable(message));
+    }
+
+    void fullDiskIsNamedAndLeavesTheOlderPackage()
+    {
+        const QString package = m_dir.filePath(name("full.pak"));
+        PakWriter().save(package);
+        const qint64 older = QFileInfo(package).size();
+        PakWriter writer;
+        writer.add(pathOf(1), contents(100000));
+        const SizeLimit limit(50000);
+        QCOMPARE(thrownBy([&] { writer.save(package); }),
+                 name("Could not write the package: File too large"));
+        QCOMPARE(QFileInfo(package).size(), older);
     }
 };
 

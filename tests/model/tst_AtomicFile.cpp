@@ -1,12 +1,10 @@
 #include "model/AtomicFile.h"
 
+#include "TestSupport/SizeLimit.h"
+
 #include <QDir>
 #include <QTemporaryDir>
 #include <QtTest>
-
-#include <csignal>
-
-#include <sys/resource.h>
 
 namespace {
 
@@ -25,24 +23,6 @@ QString messageOf(const QString &path, const QByteArray &bytes)
         return message;
     }
 }
-
-/// Files may not grow beyond a size for its lifetime, as on a full disk.
-class SizeLimit {
-public:
-    explicit SizeLimit(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit limit = {bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~SizeLimit() { setrlimit(RLIMIT_FSIZE, &m_before); }
-    SizeLimit(const SizeLimit &) = delete;
-    SizeLimit &operator=(const SizeLimit &) = delete;
-
-private:
-    rlimit m_before = {};
-};
 
 } // namespace
 
