@@ -156,5 +156,6 @@ QString checkNumber(const QString &value, double low, double high)
     const double number = value.toDouble(&isNumber);
     if (isNumber && number >= low && number <= high) // false for NaN
         return {};
-    return QStringLiteral("'%1' is not a number from %2 to %3.").arg(value).arg(low).arg(high);
+    return QStringLiteral("'%1' is not a number from %2 to %3.")
+        .arg(value, QString::number(low), QString::number(high));
 }

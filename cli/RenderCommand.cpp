@@ -135,7 +135,7 @@ void showProgress(Console &console, const QString &output, quint64 current, quin
     const double share =
         total == 0 ? 1.0 : static_cast<double>(current) / static_cast<double>(total);
     const int percent = static_cast<int>(std::min(share, 1.0) * 100);
-    console.progress(QStringLiteral("Rendering %1: %2%").arg(output).arg(percent));
+    console.progress(QStringLiteral("Rendering %1: %2%").arg(output, QString::number(percent)));
 }
 
 /// Returns when the renderer has finished; throws what made it fail.

@@ -182,7 +182,7 @@ void tst_Arguments::numbersAreChecked_data()
     for (const char *const good : {"-1", "1", "-0.5", "0", "+0.25", "1e-1", "-1.0"})
         QTest::newRow(good) << QString::fromLatin1(good) << true;
     for (const char *const bad :
-         {"", "1.01", "-1.0001", "one", "0,5", "0.5x", "nan", "inf", "0x1", "--1"})
+         {"", "1.01", "-1.0001", "one", "0,5", "0.5x", "nan", "inf", "0x1", "--1", "%2"})
         QTest::newRow(*bad == '\0' ? "empty" : bad) << QString::fromLatin1(bad) << false;
 }
 
