@@ -34,7 +34,12 @@ Track loadABCFile(const QString &path)
     QFile file(path);
     if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly))
         throw QStringLiteral("Could not open file.");
-    Track track = ABCParser().parse(QString::fromUtf8(readUpToNul(file)));
+    Track track = readABC(file);
     track.setFileName(path);
     return track;
+}
+
+Track readABC(QFile &file)
+{
+    return ABCParser().parse(QString::fromUtf8(readUpToNul(file)));
 }

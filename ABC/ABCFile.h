@@ -4,9 +4,14 @@
 
 #include <QString>
 
+class QFile;
+
 /// Reads a file of ABC text (UTF-8, up to the first NUL byte) into a track that has `path` as its
 /// file name and keeps the text as it was written.
 ///
 /// Throws a QString: "Could not open file." when `path` cannot be read or is a directory,
 /// "The file is too large." beyond 256 MiB, or what ABCParser::parse() throws.
 Track loadABCFile(const QString &path);
+
+/// The same from an open file, such as standard input; the track has no file name.
+Track readABC(QFile &file);

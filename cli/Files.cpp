@@ -40,10 +40,8 @@ void openForReading(QFile &file, const QString &path)
         throw QStringLiteral("Could not open file.");
 }
 
-enum class End { OfFile, OfText };
-
 /// In chunks, so that memory follows what is there: a device has no size.
-QByteArray readUntil(const QString &path, End end)
+QByteArray readWhole(const QString &path)
 {
     QFile file(path);
     openForReading(file, path);
@@ -53,11 +51,10 @@ QByteArray readUntil(const QString &path, End end)
         const qint64 got = file.read(chunk.data(), chunk.size());
         if (got < 0)
             throw QStringLiteral("Could not open file.");
-        const int nul = end == End::OfText ? chunk.left(static_cast<int>(got)).indexOf('\0') : -1;
-        bytes.append(chunk.constData(), nul >= 0 ? nul : static_cast<int>(got));
+        bytes.append(chunk.constData(), static_cast<int>(got));
         if (bytes.size() > MaxSize)
             throw QStringLiteral("The file is too large.");
-        if (got == 0 || nul >= 0)
+        if (got == 0)
             return bytes;
     }
 }
@@ -75,12 +72,7 @@ void Files::write(const QString &path, const QByteArray &bytes)
 
 QByteArray Files::read(const QString &path)
 {
-    return readUntil(path, End::OfFile);
-}
-
-QByteArray Files::readText(const QString &path)
-{
-    return readUntil(path, End::OfText);
+    return readWhole(path);
 }
 
 Files::Identity Files::identity(const QString &path)

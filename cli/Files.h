@@ -18,9 +18,6 @@ void write(const QString &path, const QByteArray &bytes);
 /// cannot be opened or read, and "The file is too large." beyond 256 MiB.
 QByteArray read(const QString &path);
 
-/// As read(), but only up to the first NUL byte, which ends a text.
-QByteArray readText(const QString &path);
-
 /// What a file is apart from its names; Identity() for what does not exist.
 using Identity = std::pair<quint64, quint64>;
 Identity identity(const QString &path);

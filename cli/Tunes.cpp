@@ -1,10 +1,11 @@
 #include "cli/Tunes.h"
 
 #include "ABC/ABCFile.h"
-#include "ABC/ABCParser.h"
-#include "cli/Files.h"
 
+#include <QFile>
 #include <QFileInfo>
+
+#include <cstdio>
 
 namespace {
 
@@ -12,7 +13,10 @@ const QLatin1String StandardInput("-");
 
 Track readStandardInput()
 {
-    return ABCParser().parse(QString::fromUtf8(Files::readText(StandardInput)));
+    QFile file;
+    if (!file.open(stdin, QIODevice::ReadOnly | QIODevice::Unbuffered))
+        throw QStringLiteral("Could not open file.");
+    return readABC(file);
 }
 
 } // namespace
