@@ -248,17 +248,3 @@ FMOD_RESULT SoundFile::decode(AudioSample &sample)
         sample = std::move(result);
     return outcome;
 }
-
-FMOD_RESULT Decoder::decodeFile(const char *fileName, AudioSample &sample)
-{
-    SoundFile file;
-    const FMOD_RESULT opened = file.openFile(fileName);
-    return opened == FMOD_OK ? file.decode(sample) : opened;
-}
-
-FMOD_RESULT Decoder::decodeMemory(const void *data, std::size_t size, AudioSample &sample)
-{
-    SoundFile file;
-    const FMOD_RESULT opened = file.openMemory(data, size);
-    return opened == FMOD_OK ? file.decode(sample) : opened;
-}
