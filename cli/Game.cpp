@@ -3,7 +3,6 @@
 #include "Quillmoor/GameDirectory.h"
 
 #include <QFileInfo>
-#include <QStandardPaths>
 
 namespace {
 
@@ -15,16 +14,6 @@ bool isGame(const QString &path)
     return QFileInfo(path).isDir() && isGameDirectory(QDir(path));
 }
 
-QString usualDirectory()
-{
-    for (const QString &home : QStandardPaths::standardLocations(QStandardPaths::HomeLocation)) {
-        QString candidate = home + QStringLiteral("/.steam/root/SteamApps/common/Quillmoor");
-        if (isGame(candidate))
-            return candidate;
-    }
-    return {};
-}
-
 QString specifiedDirectory(const OptionValues &options)
 {
     return options.value(GameOption, qEnvironmentVariable("QUILLMOOR_GAME"));
@@ -32,7 +21,7 @@ QString specifiedDirectory(const OptionValues &options)
 
 QDir foundDirectory()
 {
-    const QString directory = usualDirectory();
+    const QString directory = usualGameDirectory();
     if (directory.isEmpty())
         throw QStringLiteral("No Quillmoor installation was found. Name its directory with --game "
                              "DIR, or make a demo game with 'quillmoor-cli demo-game DIR'.");

@@ -4,6 +4,8 @@
 #     PUBLIC lib …             dependencies that appear in its headers
 #     PRIVATE lib …)           dependencies of its .cpp files alone
 #
+# NAME is the folder's, or that of a second, smaller library in the same folder.
+#
 # The only include path a library offers is a view of its own folder in the
 # build tree, so "ABC/ABCParser.h" compiles just where ABC is declared as a
 # dependency. The target "all_verify_interface_header_sets" compiles each
@@ -13,12 +15,13 @@ set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
 function(quillmoor_library name)
     cmake_parse_arguments(arg "" "" "SOURCES;HEADERS;PUBLIC;PRIVATE" ${ARGN})
 
+    get_filename_component(folder "${CMAKE_CURRENT_SOURCE_DIR}" NAME)
     set(view "${CMAKE_BINARY_DIR}/include/${name}")
     file(MAKE_DIRECTORY "${view}")
-    file(CREATE_LINK "${CMAKE_CURRENT_SOURCE_DIR}" "${view}/${name}" SYMBOLIC)
+    file(CREATE_LINK "${CMAKE_CURRENT_SOURCE_DIR}" "${view}/${folder}" SYMBOLIC)
 
     set(publicHeaders ${arg_HEADERS})
-    list(TRANSFORM publicHeaders PREPEND "${view}/${name}/")
+    list(TRANSFORM publicHeaders PREPEND "${view}/${folder}/")
     # moc reads the headers where they lie; through the view it would do it twice.
     set_source_files_properties(${publicHeaders} PROPERTIES SKIP_AUTOGEN ON)
 

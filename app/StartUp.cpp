@@ -1,0 +1,6 @@
+#include "app/StartUp.h"
+
+int StartUp::run(int, char **)
+{
+    return 0;
+}

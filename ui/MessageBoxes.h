@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+/// Modal message boxes that show their text as it is: a file name or a message that holds "<b>"
+/// or a link is never taken for markup. Each returns when the user has closed it.
+namespace MessageBoxes {
+
+void information(QWidget *parent, const QString &title, const QString &text);
+void warning(QWidget *parent, const QString &title, const QString &text);
+void critical(QWidget *parent, const QString &title, const QString &text);
+
+/// With the buttons Yes and No; true for Yes. Escape is No.
+bool question(QWidget *parent, const QString &title, const QString &text);
+/// The same with the picture of a warning.
+bool warningQuestion(QWidget *parent, const QString &title, const QString &text);
+
+} // namespace MessageBoxes
