@@ -1,11 +1,10 @@
 #include "MIDI/MidiFile.h"
 
+#include "MidiCorpus.h"
 #include "MidiTestSupport.h"
 
 #include "TestSupport/Thrown.h"
 
-#include <QDir>
-#include <QDirIterator>
 #include <QtTest>
 
 #include <algorithm>
@@ -13,8 +12,6 @@
 using namespace MidiTest;
 
 namespace {
-
-const QString Corpus = QStringLiteral(QUILLMOOR_CORPUS "/midi/");
 
 // What cannot be imported, in the order of the names.
 const QStringList Failures = {
@@ -25,16 +22,6 @@ const QStringList Failures = {
     "smf_tests/test-non-midi-track.mid: Invalid MIDI file."_s,
     "smf_tests/test-not-a-midi-file.mid: Invalid MIDI file."_s,
 };
-
-QStringList midiFiles()
-{
-    QStringList names;
-    QDirIterator files(Corpus, {"*.mid"_s, "*.kar"_s}, QDir::Files, QDirIterator::Subdirectories);
-    while (files.hasNext())
-        names << files.next().mid(Corpus.size());
-    names.sort();
-    return names;
-}
 
 bool isSorted(const Track &track)
 {
@@ -77,12 +64,12 @@ private slots:
         QStringList failures;
         int trackCount = 0;
         int noteCount = 0;
-        const QStringList names = midiFiles();
+        const QStringList names = MidiCorpus::files();
         QCOMPARE(names.size(), 70);
         for (const QString &name : names) {
             QList<Track> tracks;
             const QString message = thrownBy([&] {
-                tracks = loadMidiFile(Corpus + name, {mergeChannels, true, pitchBend});
+                tracks = loadMidiFile(MidiCorpus::fullPath(name), {mergeChannels, true, pitchBend});
             });
             if (message != "(nothing thrown)"_s)
                 failures << name + ": "_s + message;

@@ -1,13 +1,16 @@
 #include "ABC/ABCParser.h"
 #include "MIDI/MidiFile.h"
-#include "MIDI/MidiParser.h"
 
 #include "MidiCorpus.h"
+#include "MidiTestSupport.h"
 
-#include <QDataStream>
+#include "TestSupport/MidiBuilder.h"
+
 #include <QtTest>
 
 // An imported track is written as ABC text, which is read again.
+
+using namespace MidiTest;
 
 namespace {
 
@@ -28,15 +31,6 @@ QVector<TrackEvent> playableEvents(const Track &track)
     return events;
 }
 
-QString text(const TrackEvent &event)
-{
-    return QStringLiteral("type %1 at %2, %3+%4")
-        .arg(event.type())
-        .arg(event.time())
-        .arg(event.note())
-        .arg(event.duration());
-}
-
 /// The first events that differ, or nothing.
 QString firstDifference(const QVector<TrackEvent> &actual, const QVector<TrackEvent> &expected)
 {
@@ -48,12 +42,6 @@ QString firstDifference(const QVector<TrackEvent> &actual, const QVector<TrackEv
     return QStringLiteral("%1 instead of %2")
         .arg(differing.first == actual.end() ? none : text(*differing.first),
              differing.second == expected.end() ? none : text(*differing.second));
-}
-
-QList<Track> tracksOf(const QByteArray &bytes, const MidiOptions &options)
-{
-    QDataStream stream(bytes);
-    return MidiParser(options).parse(stream);
 }
 
 } // namespace
@@ -99,17 +87,16 @@ private slots:
 
     void leavesOutOnlyWhatNoInstrumentPlays()
     {
-        // Channel 16: key 10 sounds until the track's end, key 60 for a quarter note from the
-        // second on, and key 127 likewise until the end.
-        const QByteArray bytes = QByteArrayLiteral("MThd\0\0\0\6\0\0\0\1\0\x60MTrk\0\0\0\x1b")
-            + QByteArray::fromHex("009f0a40 609f3c40 608f3c40 009f7f40 009f4040 60ff2f00");
-        const QList<Track> tracks = tracksOf(bytes, MidiOptions::defaults());
+        // Of channel 16, what sounds at the end is kept, whatever its pitch.
+        const QByteArray events = MidiBuilder::noteOn(0, 15, 10) + MidiBuilder::noteOn(96, 15, 60)
+            + MidiBuilder::noteOff(96, 15, 60) + MidiBuilder::noteOn(0, 15, 127)
+            + MidiBuilder::noteOn(0, 15, 64) + MidiBuilder::endOfTrack(96);
+        const QList<Track> tracks =
+            parse(MidiBuilder::header(1, 1, 96) + MidiBuilder::chunk(events));
         QCOMPARE(tracks.size(), 1);
-        QCOMPARE(tracks.first().noteCount(), 4);
-        const Track again = reread(tracks.first());
-        QCOMPARE(again.events(),
-                 (QVector<TrackEvent>{TrackEvent::makeNote(60, 30240, 30240),
-                                      TrackEvent::makeNote(64, 60480, 30240)}));
+        QCOMPARE(notes(tracks.first()),
+                 "10@0+90720 60@30240+30240 64@60480+30240 127@60480+30240"_s);
+        QCOMPARE(notes(reread(tracks.first())), "60@30240+30240 64@60480+30240"_s);
     }
 };
 
