@@ -12,7 +12,7 @@ public:
     static constexpr quint64 LargestCount = 2000000;
 
     /// What takes more memory than an event counts for more.
-    static constexpr quint64 EventsPerTitle = 8;
+    static constexpr quint64 EventsPerTitle = 16;
     static constexpr quint64 EventsPerTrack = 16;
 
     /// To be called before `count` more events are stored. Throws "The MIDI file has too many

@@ -33,7 +33,7 @@ quint32 MidiReader::quantity()
 QByteArray MidiReader::bytes(quint32 count)
 {
     const int size = static_cast<int>(std::min(count, remaining()));
-    const QByteArray piece = m_bytes.mid(m_position, size);
+    QByteArray piece = m_bytes.mid(m_position, size);
     m_position += size;
     return piece;
 }

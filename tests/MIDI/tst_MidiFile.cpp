@@ -174,7 +174,7 @@ private:
     }
     QString pipe() const
     {
-        const QString path = m_dir->filePath("pipe"_s);
+        QString path = m_dir->filePath("pipe"_s);
         if (::mkfifo(QFile::encodeName(path).constData(), 0600) != 0)
             qFatal("could not make the test's pipe");
         return path;
