@@ -20,7 +20,7 @@ Track scale(quint32 lowest, quint32 highest)
 {
     Track track;
     for (quint32 pitch = lowest; pitch <= highest; ++pitch)
-        track.addEvent(E::makeNote(pitch, (pitch - lowest) * 15120, 15120));
+        track.addEvent(E::makeNote(pitch, quint64{pitch - lowest} * 15120, 15120));
     track.sortEvents();
     return track;
 }
@@ -74,8 +74,9 @@ Track randomTrack(Random &random)
         if (random.below(8) == 0)
             track.addEvent(E::makeTempo(time, 1, 4, 10 + i));
         else
-            track.addEvent(E::makeNote(21 + random.below(88), time, 945 * (1 + random.below(64))));
-        time += 945 * random.below(40);
+            track.addEvent(
+                E::makeNote(21 + random.below(88), time, quint64{945} * (1 + random.below(64))));
+        time += quint64{945} * random.below(40);
     }
     track.sortEvents();
     return track;
