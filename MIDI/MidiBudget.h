@@ -8,11 +8,11 @@
 /// a million tracks gets each tempo of the file, so the file's size is no limit.
 class MidiBudget {
 public:
-    /// Far beyond any music, and about 160 MB.
-    static constexpr quint64 LargestCount = 4000000;
+    /// Far beyond any music, and 80 MB.
+    static constexpr quint64 LargestCount = 2000000;
 
     /// What takes more memory than an event counts for more.
-    static constexpr quint64 EventsPerTitle = 4;
+    static constexpr quint64 EventsPerTitle = 8;
     static constexpr quint64 EventsPerTrack = 16;
 
     /// To be called before `count` more events are stored. Throws "The MIDI file has too many

@@ -83,9 +83,10 @@ void MidiChannel::bend(quint32 value, quint64 tick)
     const int offset = bendSemitones(value, m_bendRange);
     if (offset == m_bendOffset)
         return;
-    for (const Sounding &note : m_sounding) {
-        if (isOnPiano(note.pitch) && note.start != tick)
-            addNote(note.pitch, note.start, tick);
+    const auto end = m_sounding.cend();
+    for (auto note = place(Ticks::LowestPitch); note != end && isOnPiano(note->pitch); ++note) {
+        if (note->start != tick)
+            addNote(note->pitch, note->start, tick);
     }
     moveSounding(static_cast<quint32>(offset - m_bendOffset), tick);
     m_bendOffset = offset;
@@ -96,9 +97,11 @@ void MidiChannel::moveSounding(quint32 semitones, quint64 tick)
     for (Sounding &note : m_sounding)
         note = {note.pitch + semitones, tick};
     // All have moved alike, so that those that wrapped are one run, and stand at the wrong end.
+    if (m_sounding.empty() || m_sounding.front().pitch <= m_sounding.back().pitch)
+        return;
     const auto isBelow = [](const Sounding &a, const Sounding &b) { return a.pitch < b.pitch; };
-    const auto wrapped = std::is_sorted_until(m_sounding.begin(), m_sounding.end(), isBelow);
-    std::rotate(m_sounding.begin(), wrapped, m_sounding.end());
+    const auto secondRun = std::is_sorted_until(m_sounding.begin(), m_sounding.end(), isBelow);
+    std::rotate(m_sounding.begin(), secondRun, m_sounding.end());
 }
 
 int MidiChannel::endAll(quint64 tick)
