@@ -15,9 +15,16 @@ quint64 remainder(quint64 time, quint32 step)
     return time % step;
 }
 
-quint64 endOf(const TrackEvent &note)
+quint64 sumOf(quint64 time, quint64 duration)
 {
-    return note.time() + std::min(note.duration(), LastTime - note.time());
+    return time + std::min(duration, LastTime - time);
+}
+
+/// Just less than half a step goes up to the next point: half-way is rounded down.
+quint64 nearestPoint(quint64 time, quint32 step)
+{
+    const quint64 past = sumOf(time, (step - 1) / 2);
+    return past - remainder(past, step);
 }
 
 /// Never empty, and none of them 0.
@@ -37,7 +44,7 @@ void realign(TrackEvent &event, const QVector<quint32> &steps, quint32 finestSte
 {
     const quint64 start = snapTime(event.time(), steps);
     if (event.isNote()) {
-        const quint64 end = snapTime(endOf(event), steps);
+        const quint64 end = snapTime(sumOf(event.time(), event.duration()), steps);
         event.setDuration(end > start ? end - start : finestStep);
     }
     event.setTime(start);
@@ -52,13 +59,11 @@ quint64 snapTime(quint64 time, const QVector<quint32> &steps)
     for (const quint32 step : steps) {
         if (step == 0)
             continue;
-        const quint64 below = remainder(time, step);
-        const quint64 above = step - below;
-        const bool goesDown = below <= above || above > LastTime - time;
-        const quint64 distance = goesDown ? below : above;
+        const quint64 point = nearestPoint(time, step);
+        const quint64 distance = point > time ? point - time : time - point;
         if (distance < best) {
             best = distance;
-            result = goesDown ? time - below : time + above;
+            result = point;
         }
     }
     return result;
