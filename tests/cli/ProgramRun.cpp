@@ -47,6 +47,12 @@ ProgramRun &ProgramRun::input(const QByteArray &bytes)
     return *this;
 }
 
+ProgramRun &ProgramRun::keepInputOpen()
+{
+    m_keepsInputOpen = true;
+    return *this;
+}
+
 ProgramRun &ProgramRun::inChild(const std::function<void()> &setup)
 {
     m_process.setup = setup;
@@ -64,7 +70,8 @@ QProcess &ProgramRun::start()
     m_process.setProcessEnvironment(m_environment);
     m_process.start(QStringLiteral(QUILLMOOR_CLI), m_arguments);
     m_process.waitForStarted();
-    writeInput(m_process, m_input);
+    if (!m_keepsInputOpen)
+        writeInput(m_process, m_input);
     return m_process;
 }
 

@@ -26,6 +26,8 @@ public:
     ProgramRun &environment(const char *name, const QString &value);
     ProgramRun &workingDirectory(const QString &directory);
     ProgramRun &input(const QByteArray &bytes);
+    /// For a test that writes the input itself, through what start() answers.
+    ProgramRun &keepInputOpen();
     /// Runs in the child just before the program: for what is to become of its descriptors.
     ProgramRun &inChild(const std::function<void()> &setup);
 
@@ -53,6 +55,7 @@ private:
     QStringList m_arguments;
     QProcessEnvironment m_environment;
     QByteArray m_input;
+    bool m_keepsInputOpen = false;
 };
 
 /// As ProgramRun(arguments).outcome().
