@@ -33,8 +33,7 @@ public:
     void control(quint32 controller, quint32 value);
 
     quint32 program() const { return m_program; }
-    /// A program above 127 is taken modulo 128.
-    void setProgram(quint32 program) { m_program = program & 0x7FU; }
+    void setProgram(quint32 program) { m_program = program; }
 
     /// Adds a title to the track, with spaces in place of control characters.
     void addTitle(const QString &title);

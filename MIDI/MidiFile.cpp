@@ -29,7 +29,7 @@ bool startsLikeMidi(const QString &path)
 QList<Track> loadMidiFile(const QString &path, const MidiOptions &options)
 {
     QFile file(path);
-    if (QFileInfo(path).isDir() || !file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) // refuses directories too
         throw QStringLiteral("Could not open file.");
     return readMidi(file, options);
 }

@@ -6,7 +6,7 @@
 /// How the tracks of a MIDI file are named.
 namespace MidiNames {
 
-/// The General MIDI name of program 0..127.
+/// The General MIDI name of program 0..127; one above is taken modulo 128.
 QLatin1String program(quint32 program);
 
 /// "Track 1 - Violin". Channels count from 0; the tenth is "Percussion" whatever its program.

@@ -364,6 +364,14 @@ private slots:
         // 6 comes before 4294967276.
         QCOMPARE(notesOf(down), "6@0+30240 236@0+30240"_s);
     }
+    void endOfTrackEndsThemOnce()
+    {
+        MessageCapture log;
+        const QByteArray bytes =
+            file({noteOn(0, 15, 60) + control(480, 0, 7, 1), noteOff(960, 15, 60)});
+        QCOMPARE(notes(parse(bytes).first()), "60@0+30240"_s);
+        QCOMPARE(log.texts().size(), 1);
+    }
     void endOfTheFileEndsNoNotes()
     {
         MessageCapture log;
