@@ -88,7 +88,8 @@ void MidiConductor::startTrack(Track &track) const
 void MidiConductor::setTempo(Track &track, const TrackEvent &tempo)
 {
     track.setHeader(QStringLiteral("Q"), QStringLiteral("1/4=%1").arg(tempo.bpm()));
-    track.setTicksPerMinute(tempo.ticksPerMinute());
+    // In 64 bits, as the field is read again; the event's own figure wraps at 32.
+    track.setTicksPerMinute(quint64{tempo.bpm()} * Ticks::PerQuarterNote);
 }
 
 void MidiConductor::addTempoMap(Track &track) const

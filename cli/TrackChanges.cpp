@@ -58,7 +58,7 @@ QString checkKey(const QString &value)
 {
     if (keyOf(value))
         return {};
-    return QStringLiteral("'%1' is not a key such as C, F#m or Bbmaj.").arg(value);
+    return QStringLiteral("'%1' is not a key such as C, F#m or Bb.").arg(value);
 }
 
 QString checkRealign(const QString &value)
@@ -89,9 +89,12 @@ Track transpose(const Track &track, const QString &value)
     return Transforms::transposeTrack(track, value.toInt());
 }
 
+/// Without the qualifier of a major key, which the generator would take for that of a minor one.
 Track changeKey(const Track &track, const QString &value)
 {
-    return Transforms::withKey(track, keyOf(value).value_or(KeyChoice()).text());
+    KeyChoice key = keyOf(value).value_or(KeyChoice());
+    key.hasMajorQualifier = false;
+    return Transforms::withKey(track, key.text());
 }
 
 Track realign(const Track &track, const QString &value)
@@ -108,7 +111,7 @@ const QVector<Change> &changes()
         {{"--unit-length", "L", "Count note lengths in L: 1/1, 1/2, 1/4 ... 1/128.",
           Option::WholeCommand, checkUnitLength},
          Transforms::withUnitLength},
-        {{KeyOption, "K", "Write in the key K, such as C, F#m or Bbmaj.", Option::WholeCommand,
+        {{KeyOption, "K", "Write in the key K, such as C, F#m or Bb.", Option::WholeCommand,
           checkKey},
          changeKey},
         {{"--realign", "R,T,Q,S,N", "Move notes to the grids of these dial positions.",

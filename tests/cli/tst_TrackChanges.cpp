@@ -164,9 +164,9 @@ void tst_TrackChanges::keyIsWrittenInItsUsualForm_data()
     row("C", "K: C");
     row("f#", "K: F#");
     row("bb", "K: Bb");
-    row("Bb maj", "K: Bbmaj");
-    row("c major", "K: Cmaj");
-    row("C ion", "K: Cmaj");
+    row("Bb maj", "K: Bb");
+    row("c major", "K: C");
+    row("C ion", "K: C");
     row("F# MINOR", "K: F#m");
     row("A aeo", "K: Am");
     row("Am", "K: Am");
@@ -247,7 +247,7 @@ void tst_TrackChanges::wrongValuesAreRefused_data()
             "'" + QByteArray(unit)
                 + "' is not one of 1/1, 1/2, 1/4, 1/8, 1/16, 1/32, 1/64, 1/128.");
     for (const char *const key : {"", "H", "none", "E flat", "clef=bass", "Fbm", "Em7", "3#"})
-        row("--key", key, "'" + QByteArray(key) + "' is not a key such as C, F#m or Bbmaj.");
+        row("--key", key, "'" + QByteArray(key) + "' is not a key such as C, F#m or Bb.");
     row("--realign", "8,0,0,0,0", "R: '8' is not a whole number from 0 to 7.");
     row("--realign", "0,7,0,0,0", "T: '7' is not a whole number from 0 to 6.");
     row("--realign", "0,0,6,0,0", "Q: '6' is not a whole number from 0 to 5.");
