@@ -12,14 +12,6 @@ const RealignDials::Dial &rulesOf(int index)
     return RealignDials::dials()[size_t(index)];
 }
 
-// Compared as a real number: the settings file may hold one that no int can.
-int storedPosition(const RealignDials::Dial &dial)
-{
-    bool isNumber = false;
-    const double stored = Settings::instance().value(dial.setting).toDouble(&isNumber);
-    return isNumber ? int(std::clamp(stored, 0.0, double(dial.maximum))) : dial.maximum;
-}
-
 int widestLabel(int index, const QFontMetrics &metrics)
 {
     int width = 0;
@@ -88,7 +80,7 @@ void RealignNotesDialog::setUpColumn(int index)
     const RealignDials::Dial &rules = rulesOf(index);
     column.dial->setMaximum(rules.maximum);
     column.dial->setValue(rules.maximum);
-    column.dial->setValue(storedPosition(rules));
+    column.dial->setValue(Settings::instance().value(rules.setting).toInt());
     showPosition(index);
 }
 

@@ -12,6 +12,8 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <climits>
+
 using namespace WidgetDriver;
 
 namespace {
@@ -171,11 +173,11 @@ private slots:
         QTest::addColumn<QVector<int>>("chosen");
         const QVector<int> coarsest(5, 0);
         QTest::newRow("below") << QVariant(-1) << coarsest;
-        QTest::newRow("far below") << QVariant(-1e300) << coarsest;
+        QTest::newRow("far below") << QVariant(INT_MIN) << coarsest;
         QTest::newRow("beyond the shortest dial") << QVariant(5) << QVector<int>({5, 5, 5, 5, 4});
         QTest::newRow("beyond all") << QVariant(8) << maxima;
         QTest::newRow("more than an int holds") << QVariant(4294967296LL) << maxima;
-        QTest::newRow("far beyond") << QVariant(1e300) << maxima;
+        QTest::newRow("far beyond") << QVariant(INT_MAX) << maxima;
         QTest::newRow("a number as text") << QVariant(QStringLiteral("2")) << QVector<int>(5, 2);
         QTest::newRow("a word") << QVariant(QStringLiteral("fine")) << maxima;
         QTest::newRow("a list") << QVariant(QVariantList{1}) << maxima;
