@@ -150,6 +150,16 @@ private slots:
         }
     }
 
+    void theDialsAreEvenlySpaced()
+    {
+        RealignNotesDialog dialog;
+        QVERIFY(show(dialog));
+        const int first = dial(dialog, names[0])->x();
+        const int step = dial(dialog, names[1])->x() - first;
+        for (int index = 2; index < names.size(); ++index)
+            QVERIFY(qAbs(dial(dialog, names[index])->x() - first - index * step) <= index);
+    }
+
     void startsWithTheFinestGrids()
     {
         const RealignNotesDialog dialog;
