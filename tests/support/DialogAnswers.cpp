@@ -47,11 +47,8 @@ QString description(const QMessageBox &box)
 
 QString description(const QFileDialog &dialog)
 {
-    const bool isForFiles = dialog.fileMode() != QFileDialog::Directory;
     return QStringLiteral("chooser [%1] %2; in %3")
-        .arg(dialog.windowTitle(),
-             isForFiles ? dialog.selectedNameFilter() : QStringLiteral("directories"),
-             dialog.directory().path());
+        .arg(dialog.windowTitle(), dialog.selectedNameFilter(), dialog.directory().path());
 }
 
 } // namespace
