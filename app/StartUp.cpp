@@ -126,8 +126,8 @@ int runWindow(const QString &game, const QStringList &files)
 {
     MainWindow window{QDir(game)};
     window.show();
-    QMetaObject::invokeMethod(
-        &window, [&window, files] { window.openFiles(files); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(&window, "openFiles", Qt::QueuedConnection,
+                              Q_ARG(QStringList, files));
     return QApplication::exec();
 }
 

@@ -25,10 +25,10 @@ public:
     explicit MainWindow(const QDir &game, QWidget *parent = nullptr);
     ~MainWindow() override;
 
+public slots:
     /// Opens ABC and MIDI files, each with a box for what cannot be read.
     void openFiles(const QStringList &paths);
 
-public slots:
     void onLoadABC();
     void onImportMidi();
     void onClearTracks();
