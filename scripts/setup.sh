@@ -11,7 +11,8 @@ run_packages=(cmake ninja-build g++ ccache pkg-config qtbase5-dev libsndfile1-de
     libpcre2-dev libvorbis-dev libogg-dev)
 # Without a font the tests that draw would draw boxes.
 test_packages=(fonts-dejavu-core)
-check_packages=(git clang clang-format clang-tidy libclang-rt-14-dev)
+# rsvg-convert draws the icons.
+check_packages=(git clang clang-format clang-tidy libclang-rt-14-dev librsvg2-bin)
 # What the benchmarks compare with.
 bench_packages=(libopenal-dev libsqlite3-dev abcmidi fluidsynth timgm6mb-soundfont)
 

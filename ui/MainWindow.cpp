@@ -7,7 +7,7 @@
 #include "ui/FileDialogs.h"
 #include "ui/MessageBoxes.h"
 #include "ui/TrackListModel.h"
-#include "ui_MainWindow.h"
+#include "ui/ui_MainWindow.h"
 
 #include <QDragEnterEvent>
 #include <QDropEvent>

@@ -1,6 +1,7 @@
 #include "model/FileNameCodec.h"
 #include "model/Settings.h"
 #include "support/DialogAnswers.h"
+#include "support/SettingsSandbox.h"
 #include "ui/MainWindow.h"
 
 #include <QAction>
@@ -463,14 +464,9 @@ void tst_MainWindow::aDroppedNameMayBeAnyBytes()
 
 int main(int argc, char **argv)
 {
-    const QTemporaryDir home;
-    qputenv("HOME", QFile::encodeName(home.path()));
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(home.filePath(QStringLiteral("config"))));
     FileNameCodec::install();
+    const SettingsSandbox sandbox;
     QApplication application(argc, argv);
-    QCoreApplication::setOrganizationName(QStringLiteral("Quillmoor tests"));
-    QCoreApplication::setApplicationName(QStringLiteral("Main window"));
-    Settings::registerFormat();
     tst_MainWindow test;
     return QTest::qExec(&test, argc, argv);
 }
