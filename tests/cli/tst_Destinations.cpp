@@ -1,5 +1,5 @@
-#include "ProgramRun.h"
 #include "cli/Destinations.h"
+#include "support/ProcessRun.h"
 
 #include <QDir>
 #include <QtTest>
