@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QGroupBox>
+#include <QKeySequence>
 #include <QLabel>
 #include <QWindow>
 #include <QtTest>
@@ -39,6 +40,12 @@ int neededWidth(const QWidget &widget)
 bool becomesActive(const QWidget *window)
 {
     return QTest::qWaitFor([window] { return QApplication::activeWindow() == window; });
+}
+
+QString textOf(const QWidget &widget)
+{
+    const auto *box = qobject_cast<const QGroupBox *>(&widget);
+    return box != nullptr ? box->title() : widget.property("text").toString();
 }
 
 bool holdsText(const QWidget *widget)
@@ -109,6 +116,18 @@ QStringList WidgetDriver::cutTexts(const QWidget &window)
             names << nameOf(widget);
     }
     return names;
+}
+
+QStringList WidgetDriver::sharedMnemonics(const QWidget &window)
+{
+    QStringList seen;
+    QStringList shared;
+    for (const QWidget *widget : window.findChildren<QWidget *>()) {
+        const QString mnemonic = QKeySequence::mnemonic(textOf(*widget)).toString();
+        if (!mnemonic.isEmpty() && holdsText(widget))
+            (seen.contains(mnemonic) ? shared : seen) << mnemonic;
+    }
+    return shared;
 }
 
 QString WidgetDriver::readOut(QWidget *widget)

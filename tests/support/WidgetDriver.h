@@ -33,6 +33,9 @@ QString focus();
 /// The object names of labels, buttons, boxes and the like that have less room than their text.
 QStringList cutTexts(const QWidget &window);
 
+/// The mnemonics that more than one of the texts in the window has.
+QStringList sharedMnemonics(const QWidget &window);
+
 /// What a screen reader calls the widget: its label, else its own name.
 QString readOut(QWidget *widget);
 

@@ -324,6 +324,12 @@ private slots:
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
     }
 
+    void noMnemonicIsGivenTwice()
+    {
+        const KeyDialog dialog;
+        QCOMPARE(sharedMnemonics(dialog), QStringList());
+    }
+
     void theKeyboardReachesEverything()
     {
         KeyDialog dialog;
