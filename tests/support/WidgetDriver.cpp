@@ -36,12 +36,6 @@ int neededWidth(const QWidget &widget)
     return canWrap ? widget.minimumSizeHint().width() : widget.sizeHint().width();
 }
 
-// A window calls itself active already when the one behind it is.
-bool becomesActive(const QWidget *window)
-{
-    return QTest::qWaitFor([window] { return QApplication::activeWindow() == window; });
-}
-
 QString textOf(const QWidget &widget)
 {
     const auto *box = qobject_cast<const QGroupBox *>(&widget);
@@ -63,7 +57,8 @@ bool WidgetDriver::show(QWidget &window)
 {
     window.show();
     window.activateWindow();
-    return becomesActive(&window);
+    // The window calls itself active already when the one behind it is.
+    return QTest::qWaitFor([&window] { return QApplication::activeWindow() == &window; });
 }
 
 void WidgetDriver::press(Qt::Key key, Qt::KeyboardModifiers modifiers)
@@ -148,22 +143,4 @@ QStringList WidgetDriver::texts(std::initializer_list<const char *> list)
     for (const char *text : list)
         texts << QString::fromUtf8(text);
     return texts;
-}
-
-ModalVisitor::ModalVisitor(std::function<void(QWidget &)> visit)
-    : m_visit(std::move(visit))
-    , m_before(QApplication::activeModalWidget())
-{
-    QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { look(); });
-    m_timer.start(0);
-}
-
-void ModalVisitor::look()
-{
-    QWidget *modal = QApplication::activeModalWidget();
-    if (modal == nullptr || modal == m_before)
-        return;
-    m_timer.stop();
-    m_hasVisited = becomesActive(modal);
-    m_visit(*modal);
 }

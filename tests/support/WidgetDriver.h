@@ -2,9 +2,7 @@
 
 #include <QPoint>
 #include <QStringList>
-#include <QTimer>
 
-#include <functional>
 #include <initializer_list>
 
 class QWidget;
@@ -45,20 +43,3 @@ QString shown(QString text);
 QStringList texts(std::initializer_list<const char *> list);
 
 } // namespace WidgetDriver
-
-/// Does something with the next modal window, once that is active.
-class ModalVisitor {
-public:
-    explicit ModalVisitor(std::function<void(QWidget &)> visit);
-    Q_DISABLE_COPY(ModalVisitor)
-
-    bool hasVisited() const { return m_hasVisited; }
-
-private:
-    void look();
-
-    std::function<void(QWidget &)> m_visit;
-    QWidget *m_before;
-    QTimer m_timer;
-    bool m_hasVisited = false;
-};
