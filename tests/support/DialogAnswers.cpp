@@ -55,7 +55,7 @@ QString Dialogs::press(const QString &button)
     auto *const box = activeDialog<QMessageBox>();
     if (box == nullptr)
         return {};
-    const QString seen = description(*box);
+    QString seen = description(*box);
     for (QAbstractButton *const each : box->buttons()) {
         if (WidgetDriver::shown(each->text()) == button)
             QTest::mouseClick(each, Qt::LeftButton);
@@ -68,7 +68,7 @@ QString Dialogs::choose(const QString &path)
     auto *const dialog = activeDialog<QFileDialog>();
     if (dialog == nullptr)
         return {};
-    const QString seen = description(*dialog);
+    QString seen = description(*dialog);
     auto *const edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
     edit->setText(path);
     QTest::keyClick(edit, Qt::Key_Return);
@@ -80,7 +80,7 @@ QString Dialogs::cancel()
     auto *const dialog = activeDialog<QFileDialog>();
     if (dialog == nullptr)
         return {};
-    const QString seen = description(*dialog);
+    QString seen = description(*dialog);
     dialog->reject();
     return seen;
 }
