@@ -17,7 +17,8 @@ quint64 snapTime(quint64 time, const QVector<quint32> &steps);
 /// as in snapTime(). No note is shorter than the finest step. The copy has no stored text.
 ///
 /// Entries outside of 1..120960 are left out, and where none remains there is the grid of whole
-/// notes. A note that would end past 64 bits ends with them.
+/// notes. A note's end past 64 bits counts as the last time that they hold; only the finest step,
+/// given to a note that would vanish there, reaches past them.
 Track realignTrack(const Track &track, const QVector<int> &divisions);
 
 /// realignTrack() with the finest grids of binary notes, triplets, quintuplets, septuplets and

@@ -1,5 +1,5 @@
 #!/bin/bash
-# Takes the pictures in docs/screenshots anew, without a display.
+# Takes the pictures of the dialogs in docs/screenshots anew, without a display.
 #
 #   scripts/screenshots.sh [FOLDER]     default: docs/screenshots
 set -euo pipefail

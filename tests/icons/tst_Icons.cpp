@@ -74,6 +74,20 @@ private slots:
         QCOMPARE(names, namesIn(drawings(), QStringLiteral(".svg")));
     }
 
+    void theWarningHasNoBlurredEdgeOrMark()
+    {
+        const QImage image = picture(QStringLiteral("exclamation"));
+        QCOMPARE(qAlpha(image.pixel(8, 13)), 255);
+        QCOMPARE(qAlpha(image.pixel(8, 14)), 0);
+        const QColor mark(0x2d, 0x24, 0x16);
+        const QColor ground(0xe8, 0xa0, 0x20);
+        for (int y = 4; y < 14; ++y) {
+            const bool isMarked = (y >= 5 && y < 10) || (y >= 11 && y < 13);
+            QCOMPARE(image.pixelColor(7, y), isMarked ? mark : ground);
+            QCOMPARE(image.pixelColor(8, y), isMarked ? mark : ground);
+        }
+    }
+
     void thePicturesInUseAreThere_data()
     {
         QTest::addColumn<QSize>("size");

@@ -1,5 +1,7 @@
 #include "support/DialogAnswers.h"
 
+#include "support/WidgetDriver.h"
+
 #include <QApplication>
 #include <QFileDialog>
 #include <QLineEdit>
@@ -31,16 +33,11 @@ QString iconName(const QMessageBox &box)
     }
 }
 
-QString withoutMnemonic(QString text)
-{
-    return text.remove(QLatin1Char('&'));
-}
-
 QString description(const QMessageBox &box)
 {
     QStringList buttons;
     for (const QAbstractButton *const button : box.buttons())
-        buttons.append(withoutMnemonic(button->text()));
+        buttons.append(WidgetDriver::shown(button->text()));
     return QStringLiteral("%1 [%2] %3 (%4)")
         .arg(iconName(box), box.windowTitle(), box.text(), buttons.join(QLatin1Char(',')));
 }
@@ -58,9 +55,9 @@ QString Dialogs::press(const QString &button)
     auto *const box = activeDialog<QMessageBox>();
     if (box == nullptr)
         return {};
-    const QString seen = description(*box);
+    QString seen = description(*box);
     for (QAbstractButton *const each : box->buttons()) {
-        if (withoutMnemonic(each->text()) == button)
+        if (WidgetDriver::shown(each->text()) == button)
             QTest::mouseClick(each, Qt::LeftButton);
     }
     return seen;
@@ -71,7 +68,7 @@ QString Dialogs::choose(const QString &path)
     auto *const dialog = activeDialog<QFileDialog>();
     if (dialog == nullptr)
         return {};
-    const QString seen = description(*dialog);
+    QString seen = description(*dialog);
     auto *const edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
     edit->setText(path);
     QTest::keyClick(edit, Qt::Key_Return);
@@ -83,7 +80,7 @@ QString Dialogs::cancel()
     auto *const dialog = activeDialog<QFileDialog>();
     if (dialog == nullptr)
         return {};
-    const QString seen = description(*dialog);
+    QString seen = description(*dialog);
     dialog->reject();
     return seen;
 }
@@ -107,6 +104,17 @@ DialogAnswers &DialogAnswers::choose(const QString &path)
 DialogAnswers &DialogAnswers::cancel()
 {
     return add([] { return Dialogs::cancel(); });
+}
+
+DialogAnswers &DialogAnswers::visit(const std::function<void(QWidget &)> &action)
+{
+    return add([action]() -> QString {
+        QWidget *const window = QApplication::activeModalWidget();
+        if (window == nullptr || window != QApplication::activeWindow())
+            return {};
+        action(*window);
+        return QStringLiteral("visited");
+    });
 }
 
 DialogAnswers &DialogAnswers::add(const Answer &answer)

@@ -8,6 +8,8 @@
 
 #include <functional>
 
+class QWidget;
+
 /// What a user does with the modal dialog that is in front. Each answers what was seen before it
 /// was done, or an empty text when no such dialog is there (yet).
 namespace Dialogs {
@@ -30,6 +32,9 @@ public:
     DialogAnswers &press(const char *button);
     DialogAnswers &choose(const QString &path);
     DialogAnswers &cancel();
+
+    /// Any other thing to do with a modal window, once keys go to it: seen as "visited".
+    DialogAnswers &visit(const std::function<void(QWidget &)> &action);
 
     /// What was seen so far; all that was expected once isDone().
     const QStringList &seen() const { return m_seen; }

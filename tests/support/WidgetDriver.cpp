@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QGroupBox>
+#include <QKeySequence>
 #include <QLabel>
 #include <QWindow>
 #include <QtTest>
@@ -35,10 +36,10 @@ int neededWidth(const QWidget &widget)
     return canWrap ? widget.minimumSizeHint().width() : widget.sizeHint().width();
 }
 
-// A window calls itself active already when the one behind it is.
-bool becomesActive(const QWidget *window)
+QString textOf(const QWidget &widget)
 {
-    return QTest::qWaitFor([window] { return QApplication::activeWindow() == window; });
+    const auto *box = qobject_cast<const QGroupBox *>(&widget);
+    return box != nullptr ? box->title() : widget.property("text").toString();
 }
 
 bool holdsText(const QWidget *widget)
@@ -56,7 +57,8 @@ bool WidgetDriver::show(QWidget &window)
 {
     window.show();
     window.activateWindow();
-    return becomesActive(&window);
+    // The window calls itself active already when the one behind it is.
+    return QTest::qWaitFor([&window] { return QApplication::activeWindow() == &window; });
 }
 
 void WidgetDriver::press(Qt::Key key, Qt::KeyboardModifiers modifiers)
@@ -111,6 +113,18 @@ QStringList WidgetDriver::cutTexts(const QWidget &window)
     return names;
 }
 
+QStringList WidgetDriver::sharedMnemonics(const QWidget &window)
+{
+    QStringList seen;
+    QStringList shared;
+    for (const QWidget *widget : window.findChildren<QWidget *>()) {
+        const QString mnemonic = QKeySequence::mnemonic(textOf(*widget)).toString();
+        if (!mnemonic.isEmpty() && holdsText(widget))
+            (seen.contains(mnemonic) ? shared : seen) << mnemonic;
+    }
+    return shared;
+}
+
 QString WidgetDriver::readOut(QWidget *widget)
 {
     const QAccessibleInterface *own = QAccessible::queryAccessibleInterface(widget);
@@ -129,22 +143,4 @@ QStringList WidgetDriver::texts(std::initializer_list<const char *> list)
     for (const char *text : list)
         texts << QString::fromUtf8(text);
     return texts;
-}
-
-ModalVisitor::ModalVisitor(std::function<void(QWidget &)> visit)
-    : m_visit(std::move(visit))
-    , m_before(QApplication::activeModalWidget())
-{
-    QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { look(); });
-    m_timer.start(0);
-}
-
-void ModalVisitor::look()
-{
-    QWidget *modal = QApplication::activeModalWidget();
-    if (modal == nullptr || modal == m_before)
-        return;
-    m_timer.stop();
-    m_hasVisited = becomesActive(modal);
-    m_visit(*modal);
 }

@@ -2,9 +2,7 @@
 
 #include <QPoint>
 #include <QStringList>
-#include <QTimer>
 
-#include <functional>
 #include <initializer_list>
 
 class QWidget;
@@ -33,6 +31,9 @@ QString focus();
 /// The object names of labels, buttons, boxes and the like that have less room than their text.
 QStringList cutTexts(const QWidget &window);
 
+/// The mnemonics that more than one of the texts in the window has.
+QStringList sharedMnemonics(const QWidget &window);
+
 /// What a screen reader calls the widget: its label, else its own name.
 QString readOut(QWidget *widget);
 
@@ -42,20 +43,3 @@ QString shown(QString text);
 QStringList texts(std::initializer_list<const char *> list);
 
 } // namespace WidgetDriver
-
-/// Does something with the next modal window, once that is active.
-class ModalVisitor {
-public:
-    explicit ModalVisitor(std::function<void(QWidget &)> visit);
-    Q_DISABLE_COPY(ModalVisitor)
-
-    bool hasVisited() const { return m_hasVisited; }
-
-private:
-    void look();
-
-    std::function<void(QWidget &)> m_visit;
-    QWidget *m_before;
-    QTimer m_timer;
-    bool m_hasVisited = false;
-};

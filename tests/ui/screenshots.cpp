@@ -1,4 +1,4 @@
-// Takes the pictures of the windows that the documents show: screenshots FOLDER.
+// Takes the pictures of the dialogs that the documents show: screenshots FOLDER.
 #include "icons/Icons.h"
 #include "support/SettingsSandbox.h"
 #include "ui/KeyDialog.h"

@@ -1,3 +1,4 @@
+#include "support/DialogAnswers.h"
 #include "support/WidgetDriver.h"
 #include "ui/KeyDialog.h"
 
@@ -6,11 +7,13 @@
 #include <QDialogButtonBox>
 #include <QGroupBox>
 #include <QLabel>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QtTest>
 
 using namespace WidgetDriver;
+
+using Cancelling = void (*)(QDialog &);
+Q_DECLARE_METATYPE(Cancelling)
 
 class TestKeyDialog : public QObject {
     Q_OBJECT
@@ -219,9 +222,10 @@ private slots:
         KeyDialog dialog;
         dialog.setKey(key);
         QVERIFY(show(dialog));
-        const ModalVisitor visitor([](QWidget &box) { box.close(); });
+        DialogAnswers answers;
+        answers.visit([](QWidget &box) { box.close(); });
         press(Qt::Key_Return);
-        QVERIFY(!visitor.hasVisited());
+        QVERIFY(!answers.isDone());
         QVERIFY(!dialog.isVisible());
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
         QCOMPARE(dialog.key(), key);
@@ -239,23 +243,12 @@ private slots:
         KeyDialog dialog;
         dialog.setKey(key);
         QVERIFY(show(dialog));
-        QString title;
-        QString text;
-        QMessageBox::Icon icon = QMessageBox::NoIcon;
-        const ModalVisitor visitor([&](QWidget &window) {
-            const auto *box = qobject_cast<QMessageBox *>(&window);
-            title = box->windowTitle();
-            text = box->text();
-            icon = box->icon();
-            click(box->button(QMessageBox::Yes));
-        });
+        DialogAnswers answers;
+        answers.press("Yes");
         click(button(dialog, QDialogButtonBox::Ok));
-        QVERIFY(visitor.hasVisited());
-        QCOMPARE(title, QStringLiteral("Change Key"));
-        QCOMPARE(text,
-                 QStringLiteral("You've chosen a key that is not supported by Quillmoor.\n"
-                                "Are you sure you want to continue?"));
-        QCOMPARE(icon, QMessageBox::Warning);
+        QCOMPARE(answers.seen(),
+                 texts({"warning [Change Key] You've chosen a key that is not supported by "
+                        "Quillmoor.\nAre you sure you want to continue? (Yes,No)"}));
         QVERIFY(!dialog.isVisible());
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
         QCOMPARE(dialog.key(), key);
@@ -266,6 +259,7 @@ private slots:
         QTest::addColumn<int>("key");
         QTest::newRow("Escape") << int(Qt::Key_Escape);
         QTest::newRow("N") << int(Qt::Key_N);
+        QTest::newRow("window closed") << 0;
     }
     void onlyYesAccepts()
     {
@@ -273,12 +267,16 @@ private slots:
         KeyDialog dialog;
         dialog.setKey(QStringLiteral("D dor"));
         QVERIFY(show(dialog));
-        const ModalVisitor visitor([&](QWidget &) {
+        DialogAnswers answers;
+        answers.visit([&](QWidget &box) {
             const bool isLetter = key == Qt::Key_N;
-            press(Qt::Key(key), isLetter ? Qt::AltModifier : Qt::NoModifier);
+            if (key == 0)
+                box.close();
+            else
+                press(Qt::Key(key), isLetter ? Qt::AltModifier : Qt::NoModifier);
         });
         press(Qt::Key_Return);
-        QVERIFY(visitor.hasVisited());
+        QVERIFY(answers.isDone());
         QVERIFY(dialog.isVisible());
         QCOMPARE(dialog.key(), QStringLiteral("Ddor"));
     }
@@ -288,11 +286,10 @@ private slots:
         KeyDialog dialog;
         dialog.setKey(QStringLiteral("D dor"));
         QVERIFY(show(dialog));
-        const ModalVisitor visitor([](QWidget &window) {
-            click(qobject_cast<QMessageBox *>(&window)->button(QMessageBox::No));
-        });
+        DialogAnswers answers;
+        answers.press("No");
         press(Qt::Key_Return);
-        QVERIFY(visitor.hasVisited());
+        QVERIFY(answers.isDone());
         QVERIFY(show(dialog));
         press(Qt::Key_M, Qt::AltModifier);
         press(Qt::Key_Home);
@@ -304,24 +301,30 @@ private slots:
 
     void cancellingAsksNothing_data()
     {
-        QTest::addColumn<bool>("byMouse");
-        QTest::newRow("Escape") << false;
-        QTest::newRow("Cancel") << true;
+        QTest::addColumn<Cancelling>("cancel");
+        QTest::newRow("Escape") << Cancelling([](QDialog &) { press(Qt::Key_Escape); });
+        QTest::newRow("Cancel") << Cancelling(
+            [](QDialog &dialog) { click(button(dialog, QDialogButtonBox::Cancel)); });
+        QTest::newRow("window closed") << Cancelling([](QDialog &dialog) { dialog.close(); });
     }
     void cancellingAsksNothing()
     {
-        QFETCH(const bool, byMouse);
+        QFETCH(const Cancelling, cancel);
         KeyDialog dialog;
         dialog.setKey(QStringLiteral("D dor"));
         QVERIFY(show(dialog));
-        const ModalVisitor visitor([](QWidget &box) { box.close(); });
-        if (byMouse)
-            click(button(dialog, QDialogButtonBox::Cancel));
-        else
-            press(Qt::Key_Escape);
-        QVERIFY(!visitor.hasVisited());
+        DialogAnswers answers;
+        answers.visit([](QWidget &box) { box.close(); });
+        cancel(dialog);
+        QVERIFY(!answers.isDone());
         QVERIFY(!dialog.isVisible());
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
+    }
+
+    void noMnemonicIsGivenTwice()
+    {
+        const KeyDialog dialog;
+        QCOMPARE(sharedMnemonics(dialog), QStringList());
     }
 
     void theKeyboardReachesEverything()

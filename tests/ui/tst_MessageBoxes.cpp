@@ -1,3 +1,4 @@
+#include "support/DialogAnswers.h"
 #include "support/WidgetDriver.h"
 #include "ui/MessageBoxes.h"
 
@@ -89,12 +90,13 @@ private slots:
         QWidget window;
         QVERIFY(show(window));
         Seen seen;
-        const ModalVisitor visitor([&](QWidget &box) {
+        DialogAnswers answers;
+        answers.visit([&](QWidget &box) {
             seen = look(messageBox(box));
             press(Qt::Key_Return);
         });
         state(&window, title, text);
-        QVERIFY(visitor.hasVisited());
+        QVERIFY(answers.isDone());
         QCOMPARE(seen.title, title);
         QCOMPARE(seen.text, text);
         QTEST(seen.icon, "icon");
@@ -115,9 +117,10 @@ private slots:
     void aStatementIsClosedByEscapeAndMouse()
     {
         QFETCH(const Answer, answer);
-        const ModalVisitor visitor([&](QWidget &box) { answer(messageBox(box)); });
+        DialogAnswers answers;
+        answers.visit([&](QWidget &box) { answer(messageBox(box)); });
         MessageBoxes::warning(nullptr, title, text);
-        QVERIFY(visitor.hasVisited());
+        QVERIFY(answers.isDone());
         QVERIFY(QApplication::activeModalWidget() == nullptr);
     }
 
@@ -128,12 +131,13 @@ private slots:
         QWidget window;
         QVERIFY(show(window));
         Seen seen;
-        const ModalVisitor visitor([&](QWidget &box) {
+        DialogAnswers answers;
+        answers.visit([&](QWidget &box) {
             seen = look(messageBox(box));
             press(Qt::Key_Escape);
         });
         QVERIFY(!ask(&window, title, text));
-        QVERIFY(visitor.hasVisited());
+        QVERIFY(answers.isDone());
         QCOMPARE(seen.title, title);
         QCOMPARE(seen.text, text);
         QTEST(seen.icon, "icon");
@@ -169,9 +173,10 @@ private slots:
         QFETCH(const Answer, answer);
         QFETCH(const bool, isYes);
         for (const Question ask : {&MessageBoxes::question, &MessageBoxes::warningQuestion}) {
-            const ModalVisitor visitor([&](QWidget &box) { answer(messageBox(box)); });
+            DialogAnswers answers;
+            answers.visit([&](QWidget &box) { answer(messageBox(box)); });
             QCOMPARE(ask(nullptr, title, text), isYes);
-            QVERIFY(visitor.hasVisited());
+            QVERIFY(answers.isDone());
         }
     }
 
@@ -189,14 +194,15 @@ private slots:
         QFETCH(const QString, markup);
         QString labelText;
         Qt::TextFormat format = Qt::AutoText;
-        const ModalVisitor visitor([&](QWidget &box) {
+        DialogAnswers answers;
+        answers.visit([&](QWidget &box) {
             const auto *label = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_label"));
             labelText = label->text();
             format = label->textFormat();
             press(Qt::Key_Escape);
         });
         MessageBoxes::critical(nullptr, title, markup);
-        QVERIFY(visitor.hasVisited());
+        QVERIFY(answers.isDone());
         QCOMPARE(labelText, markup);
         QCOMPARE(format, Qt::PlainText);
     }

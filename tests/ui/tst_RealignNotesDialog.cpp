@@ -26,6 +26,9 @@ const QVector<Settings::Setting> keptIn{Settings::RealignRegular, Settings::Real
 
 } // namespace
 
+using Cancelling = void (*)(QDialog &);
+Q_DECLARE_METATYPE(Cancelling)
+
 class TestRealignNotesDialog : public QObject {
     Q_OBJECT
 
@@ -283,26 +286,31 @@ private slots:
 
     void cancellingKeepsNothing_data()
     {
-        QTest::addColumn<bool>("byMouse");
-        QTest::newRow("Escape") << false;
-        QTest::newRow("Cancel") << true;
+        QTest::addColumn<Cancelling>("cancel");
+        QTest::newRow("Escape") << Cancelling([](QDialog &) { press(Qt::Key_Escape); });
+        QTest::newRow("Cancel") << Cancelling(
+            [](QDialog &dialog) { click(button(dialog, QDialogButtonBox::Cancel)); });
+        QTest::newRow("window closed") << Cancelling([](QDialog &dialog) { dialog.close(); });
     }
     void cancellingKeepsNothing()
     {
-        QFETCH(const bool, byMouse);
+        QFETCH(const Cancelling, cancel);
         store({3, 2, 1, 0, 4});
         RealignNotesDialog dialog;
         QVERIFY(show(dialog));
         press(Qt::Key_PageUp);
         const QSignalSpy changes(&Settings::instance(), &Settings::settingChanged);
-        if (byMouse)
-            click(button(dialog, QDialogButtonBox::Cancel));
-        else
-            press(Qt::Key_Escape);
+        cancel(dialog);
         QVERIFY(!dialog.isVisible());
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
         QCOMPARE(changes.size(), 0);
         QCOMPARE(stored(), QVector<int>({3, 2, 1, 0, 4}));
+    }
+
+    void noMnemonicIsGivenTwice()
+    {
+        const RealignNotesDialog dialog;
+        QCOMPARE(sharedMnemonics(dialog), QStringList());
     }
 
     void theKeyboardReachesEverything()

@@ -153,6 +153,21 @@ private slots:
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
     }
 
+    void closingTheWindowRejects()
+    {
+        TransposeDialog dialog;
+        QVERIFY(show(dialog));
+        dialog.close();
+        QVERIFY(!dialog.isVisible());
+        QCOMPARE(dialog.result(), int(QDialog::Rejected));
+    }
+
+    void noMnemonicIsGivenTwice()
+    {
+        const TransposeDialog dialog;
+        QCOMPARE(sharedMnemonics(dialog), QStringList());
+    }
+
     void theKeyboardReachesEverything()
     {
         TransposeDialog dialog;

@@ -131,6 +131,21 @@ private slots:
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
     }
 
+    void closingTheWindowRejects()
+    {
+        UnitLengthDialog dialog;
+        QVERIFY(show(dialog));
+        dialog.close();
+        QVERIFY(!dialog.isVisible());
+        QCOMPARE(dialog.result(), int(QDialog::Rejected));
+    }
+
+    void noMnemonicIsGivenTwice()
+    {
+        const UnitLengthDialog dialog;
+        QCOMPARE(sharedMnemonics(dialog), QStringList());
+    }
+
     void theKeyboardReachesEverything()
     {
         UnitLengthDialog dialog;
