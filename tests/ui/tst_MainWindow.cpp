@@ -20,6 +20,8 @@
 
 #include <memory>
 
+#include <sys/stat.h>
+
 /// Qt passes a drop on only after a drag that was accepted; the tests do without.
 class Window : public MainWindow {
 public:
@@ -45,6 +47,8 @@ private slots:
     void theDirectoryOfAbcFilesIsKept();
     void cancelledDialogsChangeNothing();
     void eachFailingAbcFileHasItsBox();
+    void pipesAndDevicesAreRefused_data();
+    void pipesAndDevicesAreRefused();
     void aNameIsNoMarkup();
 
     void aMidiFileBecomesTracks();
@@ -305,6 +309,31 @@ void tst_MainWindow::eachFailingAbcFileHasItsBox()
                           box.arg(text("Unexpected token found in chord at line 3, column 5.")),
                           box.arg(text("Could not open file."))}));
     QCOMPARE(titles().join(QLatin1Char(' ')), text("Good Better"));
+}
+
+void tst_MainWindow::pipesAndDevicesAreRefused_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("ABC") << text("song.abc") << text("ABC");
+    QTest::newRow("MIDI") << text("song.mid") << text("MIDI");
+}
+
+/// Nobody writes to the pipe: who reads from it waits for ever.
+void tst_MainWindow::pipesAndDevicesAreRefused()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, kind);
+    const QString pipe = m_dir->filePath(name);
+    const QString device = m_dir->filePath(text("endless-") + name);
+    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    QVERIFY(QFile::link(text("/dev/zero"), device));
+    m_answers->press("OK").press("OK");
+    m_window->openFiles({pipe, device});
+    const QString box =
+        text("critical [Error while reading %1 file] Could not open file. (OK)").arg(kind);
+    QCOMPARE(m_answers->seen(), QStringList({box, box}));
+    QVERIFY(titles().isEmpty());
 }
 
 void tst_MainWindow::aNameIsNoMarkup()
