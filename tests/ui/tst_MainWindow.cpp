@@ -1,3 +1,4 @@
+#include "icons/Icons.h"
 #include "model/FileNameCodec.h"
 #include "model/Settings.h"
 #include "support/DialogAnswers.h"
@@ -39,6 +40,7 @@ private slots:
     void theWindowIsAsDrawn();
     void actionsHaveTextTipShortcutAndSlot_data();
     void actionsHaveTextTipShortcutAndSlot();
+    void everyEntryHasItsPicture();
     void menusAndToolBarAreInOrder();
     void anEmptyWindowSaysHowToBegin();
     void instrumentsThatCannotBeReadAreThrown();
@@ -218,6 +220,17 @@ void tst_MainWindow::actionsHaveTextTipShortcutAndSlot()
     QTEST(tested->text(), "label");
     QTEST(tested->statusTip(), "tip");
     QTEST(tested->shortcut().toString(), "shortcut");
+}
+
+void tst_MainWindow::everyEntryHasItsPicture()
+{
+    Icons::load();
+    const MainWindow window{QDir(m_dir->path())};
+    for (const char *const menu : {"menuFile", "menuImport"}) {
+        for (const QAction *const entry : window.findChild<QMenu *>(text(menu))->actions())
+            QVERIFY2(entry->isSeparator() || !entry->icon().pixmap(16).isNull(),
+                     qPrintable(entry->text()));
+    }
 }
 
 void tst_MainWindow::menusAndToolBarAreInOrder()
