@@ -93,8 +93,8 @@ void MainWindow::dropEvent(QDropEvent *event)
         return;
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    QMetaObject::invokeMethod(
-        this, [this, urls] { openDroppedFiles(urls); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, "openDroppedFiles", Qt::QueuedConnection,
+                              Q_ARG(QList<QUrl>, urls));
 }
 
 void MainWindow::openDroppedFiles(const QList<QUrl> &urls)
