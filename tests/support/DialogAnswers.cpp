@@ -10,6 +10,7 @@
 namespace {
 
 constexpr int PollMs = 5;
+constexpr int PatienceMs = 30000;
 
 template <typename Dialog> Dialog *activeDialog()
 {
@@ -58,7 +59,7 @@ QString Dialogs::press(const QString &button)
     auto *const box = activeDialog<QMessageBox>();
     if (box == nullptr)
         return {};
-    const QString seen = description(*box);
+    QString seen = description(*box);
     for (QAbstractButton *const each : box->buttons()) {
         if (withoutMnemonic(each->text()) == button)
             QTest::mouseClick(each, Qt::LeftButton);
@@ -71,7 +72,7 @@ QString Dialogs::choose(const QString &path)
     auto *const dialog = activeDialog<QFileDialog>();
     if (dialog == nullptr)
         return {};
-    const QString seen = description(*dialog);
+    QString seen = description(*dialog);
     auto *const edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
     edit->setText(path);
     QTest::keyClick(edit, Qt::Key_Return);
@@ -83,7 +84,7 @@ QString Dialogs::cancel()
     auto *const dialog = activeDialog<QFileDialog>();
     if (dialog == nullptr)
         return {};
-    const QString seen = description(*dialog);
+    QString seen = description(*dialog);
     dialog->reject();
     return seen;
 }
@@ -92,6 +93,7 @@ DialogAnswers::DialogAnswers()
 {
     connect(&m_timer, &QTimer::timeout, this, &DialogAnswers::onTimeout);
     m_timer.start(PollMs);
+    m_unanswered.start();
 }
 
 DialogAnswers &DialogAnswers::press(const char *button)
@@ -115,13 +117,24 @@ DialogAnswers &DialogAnswers::add(const Answer &answer)
     return *this;
 }
 
+/// A dialog that nobody answers would keep the test waiting for ever.
+void DialogAnswers::watch()
+{
+    if (QApplication::activeModalWidget() == nullptr)
+        m_unanswered.start();
+    else if (m_unanswered.hasExpired(PatienceMs))
+        qFatal("A dialog was not expected.");
+}
+
 void DialogAnswers::onTimeout()
 {
+    watch();
     if (m_answers.isEmpty())
         return;
     const QString seen = m_answers.head()();
     if (seen.isEmpty())
         return;
+    m_unanswered.start();
     m_answers.dequeue();
     m_seen.append(seen);
 }
