@@ -145,7 +145,7 @@ void tst_MainWindow::cleanup()
 
 QString tst_MainWindow::made(const QByteArray &name, const QByteArray &contents)
 {
-    const QString path = m_dir->filePath(FileNameCodec::decode(name));
+    QString path = m_dir->filePath(FileNameCodec::decode(name));
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size())
         qFatal("Could not make a file for the test.");
