@@ -19,7 +19,7 @@ void logDetails(const char *details)
 /// Of the exception that is being handled.
 QString failureText()
 {
-    const QString unknown = QStringLiteral("An unknown fatal error ocurred");
+    QString unknown = QStringLiteral("An unknown fatal error ocurred");
     try {
         throw;
     } catch (const QString &message) {

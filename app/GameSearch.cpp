@@ -20,7 +20,7 @@ QString storedDirectory()
 
 QString store(const QString &directory)
 {
-    const QString canonical = QDir(directory).canonicalPath();
+    QString canonical = QDir(directory).canonicalPath();
     Settings &settings = Settings::instance();
     settings.setValue(Settings::RootPath, canonical);
     settings.sync();
@@ -65,7 +65,7 @@ QString askedDirectory()
 
 QString GameSearch::findGame()
 {
-    const QString stored = storedDirectory();
+    QString stored = storedDirectory();
     if (!stored.isEmpty())
         return stored;
     const QString usual = usualGameDirectory();

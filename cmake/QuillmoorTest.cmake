@@ -22,7 +22,7 @@ set(QUILLMOOR_TEST_ENVIRONMENT
     "QT_QPA_PLATFORM=offscreen"
     "HOME=${CMAKE_BINARY_DIR}/tests/home"
     "XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/tests/runtime"
-    "LSAN_OPTIONS=suppressions='${CMAKE_SOURCE_DIR}/cmake/lsan.supp'"
+    "LSAN_OPTIONS=suppressions='${CMAKE_SOURCE_DIR}/cmake/lsan.supp':print_suppressions=0"
     "ASAN_OPTIONS=fast_unwind_on_malloc=0:detect_leaks=1"
     "UBSAN_OPTIONS=print_stacktrace=1"
     "TSAN_OPTIONS=suppressions='${CMAKE_SOURCE_DIR}/cmake/tsan.supp':halt_on_error=1")

@@ -6,6 +6,7 @@
 #include <QColor>
 #include <QCoreApplication>
 #include <QEvent>
+#include <QScopeGuard>
 
 #include <vector>
 
@@ -79,13 +80,6 @@ QVariant converted(const QVariant &value, QVariant::Type type)
 
 /// Whether this thread is within setValue()'s signal, and thus holds the lock.
 thread_local bool isEmitting = false;
-
-class EmissionMark {
-public:
-    EmissionMark() { isEmitting = true; }
-    ~EmissionMark() { isEmitting = false; }
-    Q_DISABLE_COPY(EmissionMark)
-};
 
 /// Takes a store whose changes cannot be written. When destroyed it would try once more, and wait
 /// for a stuck lock without end; the end of the process is near anyway.
@@ -188,7 +182,8 @@ std::unique_lock<std::mutex> Settings::locked() const
 
 void Settings::announce(Setting setting, const QVariant &value)
 {
-    const EmissionMark mark;
+    isEmitting = true;
+    const auto unmark = qScopeGuard([] { isEmitting = false; });
     emit settingChanged(setting, value);
 }
 

@@ -17,7 +17,8 @@
 /// Changes are in force at once. They reach the file by sync(), from the main thread's event loop
 /// soon after, or when the program exits. Several processes may use the file: each writes just
 /// the settings that it has changed, and sees the others' changes after its next sync(). A file
-/// that is not a JSON object counts as empty, and the next sync() replaces it and keeps a copy.
+/// that is not a JSON object counts as empty, and the next sync() replaces it and keeps a copy; a
+/// pipe or a device in its place is moved out of the way before anything is read.
 /// What cannot be written stays in force for this run, is logged once and tried again.
 class Settings : public QObject {
     Q_OBJECT
@@ -60,7 +61,8 @@ public:
     static void registerFormat();
 
     /// The one store of the program, made by the first call and deleted when the program exits:
-    /// after main() or in exit(). No other thread may use it any more by then.
+    /// after main() or in exit(). No other thread may use it any more by then. The first call
+    /// throws a QString when a pipe or a device lies in place of the file and cannot be moved.
     static Settings &instance();
 
     /// What the setting is when the file has no value for it. Needs no instance.

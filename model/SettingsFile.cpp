@@ -108,10 +108,18 @@ QString pathOfFile()
              QCoreApplication::applicationName());
 }
 
+/// A pipe or a device, which may keep a reader waiting for ever.
+bool isNoFile(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.exists() && !info.isFile() && !info.isDir();
+}
+
 bool isDamaged(const QString &path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) && file.size() > 0 && !objectFrom(file);
+    return isNoFile(path)
+        || (file.open(QIODevice::ReadOnly) && file.size() > 0 && !objectFrom(file));
 }
 
 QString nameForDamaged(const QString &path)
@@ -132,7 +140,7 @@ bool writeEmpty(const QString &path)
     }
 }
 
-bool replaceDamaged(const QString &path)
+bool moveAside(const QString &path)
 {
     const QString kept = nameForDamaged(path);
     if (!QFile::rename(path, kept))
@@ -141,7 +149,7 @@ bool replaceDamaged(const QString &path)
                         QStringLiteral("The settings in %1 could not be read. All of them are at "
                                        "their defaults; the file was kept as %2")
                             .arg(path, kept));
-    return writeEmpty(path);
+    return true;
 }
 
 /// The status of a QSettings is that of its first failure for ever. A new one shares the changes
@@ -189,7 +197,10 @@ bool write(QIODevice &device, const QSettings::SettingsMap &values)
 
 std::unique_ptr<QSettings> open()
 {
-    const FileLock lock(pathOfFile());
+    const QString path = pathOfFile();
+    const FileLock lock(path);
+    if (isNoFile(path) && !moveAside(path))
+        throw QStringLiteral("The settings cannot be read: %1 is not a file.").arg(path);
     auto store = std::make_unique<QuietSettings>();
     store->setFallbacksEnabled(false);
     return store;
@@ -201,7 +212,7 @@ bool sync(QSettings &store, bool hasChanges)
     if (hasChanges)
         QDir().mkpath(QFileInfo(path).path()); // The lock lies there.
     FileLock lock(path);
-    const bool isSound = !isDamaged(path) || (lock.isHeld() && replaceDamaged(path));
+    const bool isSound = !isDamaged(path) || (lock.isHeld() && moveAside(path) && writeEmpty(path));
     if (!hasChanges) {
         store.sync();
         return isSound;

@@ -29,7 +29,8 @@ bool read(QIODevice &device, QSettings::SettingsMap &values);
 bool write(QIODevice &device, const QSettings::SettingsMap &values);
 
 /// Opens and reads the program's settings. They never write by themselves from an event loop, and
-/// look into no other file.
+/// look into no other file. A pipe or a device in place of the file, which might never let go of
+/// its reader, is renamed before as a damaged file is; throws a QString when that cannot be done.
 std::unique_ptr<QSettings> open();
 
 /// Writes the changes, if there are any, into what the file holds by then, and reads what other

@@ -21,7 +21,7 @@ void remember(const QString &path, Settings::Setting setting)
 QStringList FileDialogs::openFiles(QWidget *parent, const QString &caption, const QString &filter,
                                    Settings::Setting directory)
 {
-    const QStringList paths =
+    QStringList paths =
         QFileDialog::getOpenFileNames(parent, caption, startDirectory(directory), filter);
     remember(paths.value(0), directory);
     return paths;
@@ -30,8 +30,7 @@ QStringList FileDialogs::openFiles(QWidget *parent, const QString &caption, cons
 QString FileDialogs::openFile(QWidget *parent, const QString &caption, const QString &filter,
                               Settings::Setting directory)
 {
-    const QString path =
-        QFileDialog::getOpenFileName(parent, caption, startDirectory(directory), filter);
+    QString path = QFileDialog::getOpenFileName(parent, caption, startDirectory(directory), filter);
     remember(path, directory);
     return path;
 }

@@ -11,9 +11,22 @@
 
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QMimeData>
 #include <QScopeGuard>
+
+namespace {
+
+/// The window would wait for what comes out of a pipe or a device, perhaps for ever.
+void refuseEndless(const QString &path)
+{
+    const QFileInfo info(path);
+    if (info.exists() && !info.isFile())
+        throw QStringLiteral("Could not open file.");
+}
+
+} // namespace
 
 MainWindow::MainWindow(const QDir &game, QWidget *parent)
     : QMainWindow(parent)
@@ -80,8 +93,8 @@ void MainWindow::dropEvent(QDropEvent *event)
         return;
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    QMetaObject::invokeMethod(
-        this, [this, urls] { openDroppedFiles(urls); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, "openDroppedFiles", Qt::QueuedConnection,
+                              Q_ARG(QList<QUrl>, urls));
 }
 
 void MainWindow::openDroppedFiles(const QList<QUrl> &urls)
@@ -120,6 +133,7 @@ void MainWindow::addTracks(const QList<Track> &tracks)
 void MainWindow::loadABCFile(const QString &path)
 {
     try {
+        refuseEndless(path);
         addTrack(::loadABCFile(path));
     } catch (const QString &message) {
         MessageBoxes::critical(this, tr("Error while reading ABC file"), message);
@@ -129,6 +143,7 @@ void MainWindow::loadABCFile(const QString &path)
 void MainWindow::loadMidiFile(const QString &path)
 {
     try {
+        refuseEndless(path);
         addTracks(readMidiFile(path));
     } catch (const QString &message) {
         MessageBoxes::critical(this, tr("Error while reading MIDI file"), message);

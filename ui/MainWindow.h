@@ -26,16 +26,19 @@ public:
     ~MainWindow() override;
 
 public slots:
-    /// Opens ABC and MIDI files, each with a box for what cannot be read.
-    void openFiles(const QStringList &paths);
-
     void onLoadABC();
     void onImportMidi();
     void onClearTracks();
 
+    /// Opens ABC and MIDI files, each with a box for what cannot be read.
+    void openFiles(const QStringList &paths);
+
 protected:
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
+
+private slots:
+    void openDroppedFiles(const QList<QUrl> &urls);
 
 private:
     void addTrack(const Track &track);
@@ -43,7 +46,6 @@ private:
     void loadABCFile(const QString &path);
     void loadMidiFile(const QString &path);
     QList<Track> readMidiFile(const QString &path);
-    void openDroppedFiles(const QList<QUrl> &urls);
     void offerToClear(const QString &title);
     void showTracksOrHint();
 

@@ -4,11 +4,44 @@
 
 namespace {
 
+/// A box grows with its text, beyond the screen at last. These are lines of the narrowest box.
+constexpr int LongestLines = 20;
+constexpr int LineWidth = 300;
+
+/// How much of a line a character takes: all of it where it may end the line or skip a part of it.
+int cost(QChar character, const QFontMetrics &metrics)
+{
+    if (character.isSpace() && character != QLatin1Char(' '))
+        return LineWidth;
+    return qMax(metrics.averageCharWidth(), metrics.horizontalAdvance(character));
+}
+
+int fittingLength(const QString &text, const QFontMetrics &metrics)
+{
+    int left = LongestLines * LineWidth;
+    for (int i = 0; i < text.size(); ++i) {
+        left -= cost(text.at(i), metrics);
+        if (left < 0)
+            return i;
+    }
+    return text.size();
+}
+
+QString shortened(const QString &text, const QFontMetrics &metrics)
+{
+    const int length = fittingLength(text, metrics);
+    if (length == text.size())
+        return text;
+    const bool splitsCharacter = length > 0 && text.at(length - 1).isHighSurrogate();
+    return text.left(length - int(splitsCharacter)) + QChar(0x2026);
+}
+
 int show(QMessageBox::Icon icon, QWidget *parent, const QString &title, const QString &text,
          QMessageBox::StandardButtons buttons)
 {
-    QMessageBox box(icon, title, text, buttons, parent);
+    QMessageBox box(icon, title, QString(), buttons, parent);
     box.setTextFormat(Qt::PlainText);
+    box.setText(shortened(text, box.fontMetrics()));
     return box.exec();
 }
 

@@ -5,7 +5,8 @@
 class QWidget;
 
 /// Modal message boxes that show their text as it is: a file name or a message that holds "<b>"
-/// or a link is never taken for markup. Each returns when the user has closed it.
+/// or a link is never taken for markup. A text of more than some twenty lines is cut and ends in
+/// "…", so that the box fits the screen. Each returns when the user has closed it.
 namespace MessageBoxes {
 
 void information(QWidget *parent, const QString &title, const QString &text);

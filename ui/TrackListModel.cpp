@@ -7,11 +7,14 @@ namespace {
 
 constexpr double LongestSeconds = 60e9;
 
+/// More does not fit into a row, and measuring a long text keeps the window from being painted.
+constexpr int LongestTitle = 1000;
+
 QString text(const Track &track, int column)
 {
     switch (column) {
     case TrackListModel::Title:
-        return track.header(QStringLiteral("T"), TrackListModel::tr("Untitled"));
+        return track.header(QStringLiteral("T"), TrackListModel::tr("Untitled")).left(LongestTitle);
     case TrackListModel::Notes:
         return QString::number(track.noteCount());
     default:

@@ -114,7 +114,7 @@ ProcessRun::Outcome tst_StartUp::outcome(ProcessRun &run)
 
 QString tst_StartUp::makeGame(const char *name)
 {
-    const QString directory = path(name);
+    QString directory = path(name);
     QDir(directory).mkpath(QStringLiteral("assets"));
     QDir(directory).mkpath(QStringLiteral("win32"));
     makeFile(directory + QStringLiteral("/win32/quillmoor.exe"), "a text");
@@ -123,7 +123,7 @@ QString tst_StartUp::makeGame(const char *name)
 
 QString tst_StartUp::makeTune(const QByteArray &name, const QByteArray &title)
 {
-    const QString file = m_home->filePath(FileNameCodec::decode(name));
+    QString file = m_home->filePath(FileNameCodec::decode(name));
     makeFile(file, "X:1\nT:" + title + "\nM:4/4\nL:1/4\nQ:1/4=120\nK:C\nCDEF|\n");
     return file;
 }

@@ -132,12 +132,20 @@ const QHash<QString, Command> &commands()
     return table;
 }
 
+QByteArray answer(const QJsonArray &command)
+{
+    try {
+        return commands().value(command.at(0).toString())(command);
+    } catch (const QString &message) {
+        return "thrown: " + message.toUtf8();
+    }
+}
+
 void obey()
 {
     for (std::string line; std::getline(std::cin, line);) {
         const QJsonArray command = QJsonDocument::fromJson(QByteArray::fromStdString(line)).array();
-        const QByteArray answer = commands().value(command.at(0).toString())(command);
-        std::cout << answer.constData() << std::endl;
+        std::cout << answer(command).constData() << std::endl;
     }
 }
 

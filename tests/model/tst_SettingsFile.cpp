@@ -9,6 +9,8 @@
 
 #include <csignal>
 
+#include <sys/stat.h>
+
 namespace {
 
 const QString NoteColorDefault = QStringLiteral("QColor #ff2060ff");
@@ -290,6 +292,53 @@ private slots:
         checkThatTheNextSyncWrites(child);
     }
 
+    void movesAsideWhatIsNoFileBeforeItIsRead_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::newRow("pipe") << QString();
+        QTest::newRow("endless device") << QStringLiteral("/dev/zero");
+    }
+
+    void movesAsideWhatIsNoFileBeforeItIsRead()
+    {
+        QFETCH(QString, target);
+        QVERIFY(QDir().mkpath(directory()));
+        makeSpecial(target);
+        SettingsChild child(configuration());
+        QCOMPARE(child.value(Settings::PianoRollHScale), QStringLiteral("int 4"));
+        QVERIFY(isSpecial(path() + QStringLiteral(".damaged")));
+        QVERIFY(!QFileInfo::exists(path()));
+
+        makeSpecial(target);
+        child.sync();
+        QCOMPARE(contentsOf(path()), QByteArray("{\n}\n"));
+        QVERIFY(QFile::remove(path()));
+        makeSpecial(target);
+        child.set(Settings::PianoRollHScale, 6);
+        child.sync();
+        QCOMPARE(object(), (QJsonObject{{QStringLiteral("pianoroll/hScale"), 6}}));
+        QCOMPARE(child.finish(), 0);
+        QCOMPARE(child.log(),
+                 (QStringList{damagedMessage(QStringLiteral(".damaged")),
+                              damagedMessage(QStringLiteral(".damaged-2")),
+                              damagedMessage(QStringLiteral(".damaged-3"))}));
+    }
+
+    void throwsForAPipeThatCannotBeMoved()
+    {
+        QVERIFY(QDir().mkpath(directory()));
+        makeSpecial(QString());
+        write(path() + QStringLiteral(".damaged"), "");
+        for (int i = 2; i <= 99; ++i)
+            write(path() + QStringLiteral(".damaged-%1").arg(i), "");
+        SettingsChild child(configuration());
+        QCOMPARE(
+            child.value(Settings::RealignRegular),
+            QStringLiteral("thrown: The settings cannot be read: %1 is not a file.").arg(path()));
+        QVERIFY(QFile::remove(path()));
+        QCOMPARE(child.value(Settings::RealignRegular), QStringLiteral("int 7"));
+    }
+
     void bearsADirectoryThatCannotBeMade()
     {
         write(directory(), "a file in place of the directory");
@@ -559,6 +608,20 @@ private:
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         QCOMPARE(file.write(contents), qint64(contents.size()));
+    }
+
+    /// A link to the target, or a pipe when there is none.
+    void makeSpecial(const QString &target) const
+    {
+        if (target.isEmpty())
+            QCOMPARE(::mkfifo(QFile::encodeName(path()).constData(), 0600), 0);
+        else
+            QVERIFY(QFile::link(target, path()));
+    }
+
+    static bool isSpecial(const QString &path)
+    {
+        return QFileInfo::exists(path) && !QFileInfo(path).isFile();
     }
 
     void write(const QByteArray &contents) const

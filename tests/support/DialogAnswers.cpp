@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int PollMs = 5;
+constexpr int PatienceMs = 30000;
 
 template <typename Dialog> Dialog *activeDialog()
 {
@@ -89,6 +90,7 @@ DialogAnswers::DialogAnswers()
 {
     connect(&m_timer, &QTimer::timeout, this, &DialogAnswers::onTimeout);
     m_timer.start(PollMs);
+    m_unanswered.start();
 }
 
 DialogAnswers &DialogAnswers::press(const char *button)
@@ -123,13 +125,24 @@ DialogAnswers &DialogAnswers::add(const Answer &answer)
     return *this;
 }
 
+/// A dialog that nobody answers would keep the test waiting for ever.
+void DialogAnswers::watch()
+{
+    if (QApplication::activeModalWidget() == nullptr)
+        m_unanswered.start();
+    else if (m_unanswered.hasExpired(PatienceMs))
+        qFatal("A dialog was not expected.");
+}
+
 void DialogAnswers::onTimeout()
 {
+    watch();
     if (m_answers.isEmpty())
         return;
     const QString seen = m_answers.head()();
     if (seen.isEmpty())
         return;
+    m_unanswered.start();
     m_answers.dequeue();
     m_seen.append(seen);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QQueue>
 #include <QString>
@@ -23,7 +24,8 @@ QString cancel();
 
 } // namespace Dialogs
 
-/// Gives prepared answers to the dialogs that come up one after the other while a test goes on.
+/// Gives prepared answers to the dialogs that come up one after the other while a test goes on. A
+/// dialog that has no answer for half a minute ends the test program.
 class DialogAnswers : public QObject {
 public:
     DialogAnswers();
@@ -44,9 +46,11 @@ private:
     using Answer = std::function<QString()>;
 
     DialogAnswers &add(const Answer &answer);
+    void watch();
     void onTimeout();
 
     QTimer m_timer;
+    QElapsedTimer m_unanswered;
     QQueue<Answer> m_answers;
     QStringList m_seen;
 };

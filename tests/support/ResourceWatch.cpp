@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr qint64 TimeLimitMs = 2000 * SanitizerFactor;
-constexpr qint64 MemoryLimitKb = 262144 * SanitizerFactor;
+constexpr qint64 TimeLimitMs = qint64(2000) * SanitizerFactor;
+constexpr qint64 MemoryLimitKb = qint64(262144) * SanitizerFactor;
 
 qint64 milliseconds(const timeval &time)
 {

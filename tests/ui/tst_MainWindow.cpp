@@ -1,3 +1,4 @@
+#include "icons/Icons.h"
 #include "model/FileNameCodec.h"
 #include "model/Settings.h"
 #include "support/DialogAnswers.h"
@@ -20,6 +21,8 @@
 
 #include <memory>
 
+#include <sys/stat.h>
+
 /// Qt passes a drop on only after a drag that was accepted; the tests do without.
 class Window : public MainWindow {
 public:
@@ -37,6 +40,7 @@ private slots:
     void theWindowIsAsDrawn();
     void actionsHaveTextTipShortcutAndSlot_data();
     void actionsHaveTextTipShortcutAndSlot();
+    void everyEntryHasItsPicture();
     void menusAndToolBarAreInOrder();
     void anEmptyWindowSaysHowToBegin();
     void instrumentsThatCannotBeReadAreThrown();
@@ -45,6 +49,8 @@ private slots:
     void theDirectoryOfAbcFilesIsKept();
     void cancelledDialogsChangeNothing();
     void eachFailingAbcFileHasItsBox();
+    void pipesAndDevicesAreRefused_data();
+    void pipesAndDevicesAreRefused();
     void aNameIsNoMarkup();
 
     void aMidiFileBecomesTracks();
@@ -139,7 +145,7 @@ void tst_MainWindow::cleanup()
 
 QString tst_MainWindow::made(const QByteArray &name, const QByteArray &contents)
 {
-    const QString path = m_dir->filePath(FileNameCodec::decode(name));
+    QString path = m_dir->filePath(FileNameCodec::decode(name));
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size())
         qFatal("Could not make a file for the test.");
@@ -214,6 +220,17 @@ void tst_MainWindow::actionsHaveTextTipShortcutAndSlot()
     QTEST(tested->text(), "label");
     QTEST(tested->statusTip(), "tip");
     QTEST(tested->shortcut().toString(), "shortcut");
+}
+
+void tst_MainWindow::everyEntryHasItsPicture()
+{
+    Icons::load();
+    const MainWindow window{QDir(m_dir->path())};
+    for (const char *const menu : {"menuFile", "menuImport"}) {
+        for (const QAction *const entry : window.findChild<QMenu *>(text(menu))->actions())
+            QVERIFY2(entry->isSeparator() || !entry->icon().pixmap(16).isNull(),
+                     qPrintable(entry->text()));
+    }
 }
 
 void tst_MainWindow::menusAndToolBarAreInOrder()
@@ -305,6 +322,31 @@ void tst_MainWindow::eachFailingAbcFileHasItsBox()
                           box.arg(text("Unexpected token found in chord at line 3, column 5.")),
                           box.arg(text("Could not open file."))}));
     QCOMPARE(titles().join(QLatin1Char(' ')), text("Good Better"));
+}
+
+void tst_MainWindow::pipesAndDevicesAreRefused_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("kind");
+    QTest::newRow("ABC") << text("song.abc") << text("ABC");
+    QTest::newRow("MIDI") << text("song.mid") << text("MIDI");
+}
+
+/// Nobody writes to the pipe: who reads from it waits for ever.
+void tst_MainWindow::pipesAndDevicesAreRefused()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, kind);
+    const QString pipe = m_dir->filePath(name);
+    const QString device = m_dir->filePath(text("endless-") + name);
+    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    QVERIFY(QFile::link(text("/dev/zero"), device));
+    m_answers->press("OK").press("OK");
+    m_window->openFiles({pipe, device});
+    const QString box =
+        text("critical [Error while reading %1 file] Could not open file. (OK)").arg(kind);
+    QCOMPARE(m_answers->seen(), QStringList({box, box}));
+    QVERIFY(titles().isEmpty());
 }
 
 void tst_MainWindow::aNameIsNoMarkup()

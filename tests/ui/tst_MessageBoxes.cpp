@@ -75,6 +75,17 @@ private:
         QTest::newRow("warning question") << &MessageBoxes::warningQuestion << QMessageBox::Warning;
     }
 
+    static QString shownText(const QString &given)
+    {
+        QString seen;
+        const ModalVisitor visitor([&](QWidget &box) {
+            seen = messageBox(box).text();
+            press(Qt::Key_Escape);
+        });
+        MessageBoxes::critical(nullptr, title, given);
+        return seen;
+    }
+
 private slots:
     void aStatementHasTitleTextAndOk_data()
     {
@@ -205,6 +216,64 @@ private slots:
         QVERIFY(answers.isDone());
         QCOMPARE(labelText, markup);
         QCOMPARE(format, Qt::PlainText);
+    }
+
+    void someLinesAreShownWhole_data()
+    {
+        QTest::addColumn<QString>("given");
+        QTest::newRow("a long path") << QStringLiteral("/folder").repeated(60);
+        QTest::newRow("twelve lines") << QStringLiteral("a line\n").repeated(12);
+    }
+    void someLinesAreShownWhole()
+    {
+        QFETCH(const QString, given);
+        QTEST(shownText(given), "given");
+    }
+
+    void aLongTextIsCut_data()
+    {
+        QTest::addColumn<QString>("given");
+        QTest::newRow("a megabyte") << QString(1000000, QLatin1Char('x'));
+        QTest::newRow("many lines") << QStringLiteral("a\n").repeated(500000);
+        // Each is two units, of which one half means nothing.
+        const QString clef = QString::fromUtf8("\xF0\x9D\x84\x9E");
+        QTest::newRow("characters of two units") << clef.repeated(100000);
+        QTest::newRow("the same by one further") << QLatin1Char('x') + clef.repeated(100000);
+    }
+    void aLongTextIsCut()
+    {
+        QFETCH(const QString, given);
+        QString seen = shownText(given);
+        QVERIFY(seen.size() > 20 && seen.size() < 2000);
+        QVERIFY(seen.endsWith(QChar(0x2026)));
+        seen.chop(1);
+        QVERIFY(given.startsWith(seen));
+        QVERIFY(!seen.at(seen.size() - 1).isHighSurrogate());
+    }
+
+    void aBoxFitsTheScreen_data()
+    {
+        QTest::addColumn<QString>("given");
+        QTest::newRow("one word") << QString(1000000, QLatin1Char('W'));
+        QTest::newRow("words") << QStringLiteral("word ").repeated(200000);
+        QTest::newRow("line breaks") << QString(1000000, QLatin1Char('\n'));
+        QTest::newRow("separators") << QString(1000000, QChar::LineSeparator);
+        QTest::newRow("tabs") << QString(1000000, QLatin1Char('\t'));
+        QTest::newRow("wide characters") << QString(1000000, QChar(0x4E00));
+    }
+    void aBoxFitsTheScreen()
+    {
+        QFETCH(const QString, given);
+        QSize size;
+        const ModalVisitor visitor([&](QWidget &box) {
+            size = box.size();
+            press(Qt::Key_Escape);
+        });
+        MessageBoxes::critical(nullptr, title, given);
+        QVERIFY(visitor.hasVisited());
+        const QSize room = QGuiApplication::primaryScreen()->availableSize();
+        QVERIFY2(size.width() <= room.width() && size.height() <= room.height(),
+                 qPrintable(QStringLiteral("%1x%2").arg(size.width()).arg(size.height())));
     }
 };
 

@@ -12,6 +12,7 @@ private slots:
     void aRowShowsTitleNotesAndLength();
     void theTitleAddedLastIsShown();
     void aTrackWithoutTitleIsUntitled();
+    void aLongTitleIsCut();
     void columnsHaveNames();
     void itCanBeCleared();
     void lengthIsMinutesAndSeconds_data();
@@ -68,6 +69,15 @@ void tst_TrackListModel::aTrackWithoutTitleIsUntitled()
     model.append(Track());
     QCOMPARE(cell(model, 0, TrackListModel::Title), QStringLiteral("Untitled"));
     QCOMPARE(cell(model, 0, TrackListModel::Length), QStringLiteral("0:00"));
+}
+
+void tst_TrackListModel::aLongTitleIsCut()
+{
+    TrackListModel model;
+    Track track;
+    track.setHeader(QStringLiteral("T"), QString(1000000, QLatin1Char('x')));
+    model.append(track);
+    QCOMPARE(cell(model, 0, TrackListModel::Title), QString(1000, QLatin1Char('x')));
 }
 
 void tst_TrackListModel::columnsHaveNames()
