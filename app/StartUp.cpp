@@ -84,10 +84,12 @@ void registerMetaTypes()
     qRegisterMetaType<Instrument>("Instrument");
 }
 
-void prepareForHighDpi()
+void setAttributes()
 {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    // No dialog has any help behind a question mark in its frame.
+    QCoreApplication::setAttribute(Qt::AA_DisableWindowContextHelpButton);
 }
 
 /// The domain also names the directory of the settings file.
@@ -149,7 +151,7 @@ int openWindow(const CommandLine &line, const Application &application)
 int runApplication(const CommandLine &line, const QString &program)
 {
     registerMetaTypes();
-    prepareForHighDpi();
+    setAttributes();
     ArgumentArray arguments(QStringList(program) + line.qtArguments);
     Application application(arguments.count, arguments.pointers());
     nameApplication();

@@ -78,7 +78,8 @@ private:
     static QString shownText(const QString &given)
     {
         QString seen;
-        const ModalVisitor visitor([&](QWidget &box) {
+        DialogAnswers answers;
+        answers.visit([&](QWidget &box) {
             seen = messageBox(box).text();
             press(Qt::Key_Escape);
         });
@@ -265,12 +266,13 @@ private slots:
     {
         QFETCH(const QString, given);
         QSize size;
-        const ModalVisitor visitor([&](QWidget &box) {
+        DialogAnswers answers;
+        answers.visit([&](QWidget &box) {
             size = box.size();
             press(Qt::Key_Escape);
         });
         MessageBoxes::critical(nullptr, title, given);
-        QVERIFY(visitor.hasVisited());
+        QVERIFY(answers.isDone());
         const QSize room = QGuiApplication::primaryScreen()->availableSize();
         QVERIFY2(size.width() <= room.width() && size.height() <= room.height(),
                  qPrintable(QStringLiteral("%1x%2").arg(size.width()).arg(size.height())));
