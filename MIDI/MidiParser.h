@@ -12,9 +12,13 @@ class QDataStream;
 /// A file that is cut short is read as if zeros followed, and chunks beyond the number that the
 /// header gives are left alone. What makes no sense is ignored: a tempo of 0, a channel prefix
 /// above 15, a meter with numerator 0 or a denominator above 65536, a key of more than seven
-/// sharps or flats. A program above 127 is taken modulo 128. A note that ends before it starts,
-/// which only one that goes on from chunk to chunk can do, has no length. Times end at
-/// MidiClock::LatestTime.
+/// sharps or flats or of another mode than major and minor, and any of these four events with
+/// data of another length than its own. Data bytes may have their top bit set, but a program
+/// above 127 is taken modulo 128. A note that ends before it starts, which only one that goes on
+/// from chunk to chunk can do, has no length. Times end at MidiClock::LatestTime.
+///
+/// Instrument names become titles, up to the first NUL. Other texts, controllers but for the bend
+/// range, pressures and system exclusive data play no part.
 class MidiParser {
 public:
     explicit MidiParser(const MidiOptions &options);

@@ -1,24 +1,17 @@
 #pragma once
 
+#include "Timing.h"
+
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
 
 #include <sys/resource.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <ctime>
 
-/// Processor time of this process beside that of another program.
+/// Processor time of another program, to be set beside that of this process.
 namespace Bench {
-
-constexpr int Rounds = 5;
-
-inline double ownSeconds()
-{
-    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
 
 inline double seconds(const timeval &time)
 {
@@ -31,18 +24,6 @@ inline double childSeconds()
     rusage usage{};
     getrusage(RUSAGE_CHILDREN, &usage);
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
-/// The least time of some rounds, in seconds.
-template <typename Clock, typename Work> double timed(Clock clock, Work work)
-{
-    double best = 1e9;
-    for (int round = 0; round < Rounds; ++round) {
-        const double start = clock();
-        work();
-        best = std::min(best, clock() - start);
-    }
-    return best;
 }
 
 inline void run(const QString &directory, const QString &program, const QStringList &arguments)

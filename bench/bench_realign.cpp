@@ -6,32 +6,16 @@
 
 #include "MIDI/Realignment.h"
 
+#include "Timing.h"
+
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
 #include <random>
 #include <vector>
 
+using namespace Bench;
+
 namespace {
-
-constexpr int Rounds = 7;
-
-double seconds()
-{
-    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
-
-/// The least time of some rounds, in seconds.
-template <typename Work> double timed(Work work)
-{
-    double best = 1e9;
-    for (int round = 0; round < Rounds; ++round) {
-        const double start = seconds();
-        work();
-        best = std::min(best, seconds() - start);
-    }
-    return best;
-}
 
 /// Notes as they are played: up to four begin together or nearly so, none on a grid.
 Track playedTrack(int events)
@@ -63,14 +47,15 @@ void print(const char *name, int events, double time, double reference)
 void bench(int events)
 {
     const Track track = playedTrack(events);
-    const double ours = timed([&] { quickRealignTrack(track); });
-    const double one = timed([&] { realignTrack(track, {16}); });
-    const double sorting = timed([&] {
+    const double ours = timed(ownSeconds, [&] { quickRealignTrack(track); });
+    const double one = timed(ownSeconds, [&] { realignTrack(track, {16}); });
+    const double sorting = timed(ownSeconds, [&] {
         std::vector<TrackEvent> sorted(track.events().begin(), track.events().end());
         std::stable_sort(sorted.begin(), sorted.end(), comesBefore);
     });
-    const double copying =
-        timed([&] { std::vector<TrackEvent> copy(track.events().begin(), track.events().end()); });
+    const double copying = timed(ownSeconds, [&] {
+        std::vector<TrackEvent> copy(track.events().begin(), track.events().end());
+    });
     std::printf("%d events\n", events);
     print("quickRealignTrack, five grids", events, ours, ours);
     print("realignTrack, one grid", events, one, ours);

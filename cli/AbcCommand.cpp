@@ -17,6 +17,8 @@ namespace {
 constexpr const char *OutputFile = "-o";
 constexpr const char *OutputDirectory = "--output-dir";
 
+const QString StandardOutput = QStringLiteral("-");
+
 const char *const Description =
     "Writes each tune, or each track of a MIDI file, as ABC text of one voice without bar lines,\n"
     "to standard output (the tunes separated by empty lines) or into files; each file written is\n"
@@ -56,12 +58,17 @@ bool isDirectory(const QString &path)
     return QFileInfo(path).isDir();
 }
 
+QString checkName(const QString &value)
+{
+    return value.isEmpty() ? QStringLiteral("The name is empty.") : QString();
+}
+
 void checkUsage(const Arguments &arguments)
 {
     const OptionValues &options = arguments.options();
     if (options.has(OutputFile) && options.has(OutputDirectory))
         throw UsageError{QStringLiteral("-o and --output-dir exclude each other.")};
-    if (options.has(OutputFile)
+    if (options.value(OutputFile, StandardOutput) != StandardOutput
         && (arguments.operands().size() > 1 || isDirectory(arguments.operand(0))))
         throw UsageError{QStringLiteral("-o takes the tune of one file; use --output-dir.")};
 }
@@ -100,9 +107,9 @@ public:
 
 private:
     bool isDirectory() const { return m_options.has(OutputDirectory); }
-    bool isFile() const { return !isDirectory() && outputFile() != QLatin1String("-"); }
+    bool isFile() const { return !isDirectory() && outputFile() != StandardOutput; }
     QString directory() const { return m_options.value(OutputDirectory); }
-    QString outputFile() const { return m_options.value(OutputFile, QStringLiteral("-")); }
+    QString outputFile() const { return m_options.value(OutputFile, StandardOutput); }
 
     bool toDirectory(const Source &source, const Converted &converted);
     bool toFile(const Source &source, const Converted &converted);
@@ -231,9 +238,11 @@ int run(const Arguments &arguments, Console &console)
 QVector<Option> options()
 {
     return QVector<Option>{
-               {OutputFile, "FILE", "Write the tune to FILE; - is standard output."},
+               {OutputFile, "FILE", "Write the tune to FILE; - is standard output.",
+                Option::WholeCommand, checkName},
                {OutputDirectory, "DIR",
-                "Write into DIR: x.abc to x.abc, x.mid to x-1.abc, x-2.abc ..."},
+                "Write into DIR: x.abc to x.abc, x.mid to x-1.abc, x-2.abc ...",
+                Option::WholeCommand, checkName},
            }
     + TrackChanges::options() + Tunes::options();
 }

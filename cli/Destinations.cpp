@@ -5,9 +5,9 @@
 
 #include <QDir>
 #include <QHash>
-#include <QRegularExpression>
 #include <QSet>
 
+#include <algorithm>
 #include <set>
 
 namespace {
@@ -19,12 +19,20 @@ QString numbered(const QString &base, int number)
     return base + QLatin1Char('-') + QString::number(number) + Suffix;
 }
 
-/// "x" of "x-12"; null for a name without such a number.
+/// Of the form that numbers of tracks have: "12", not "012".
+bool isTrackNumber(const QStringRef &text)
+{
+    const auto isDigit = [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); };
+    return !text.isEmpty() && text.front() != QLatin1Char('0')
+        && std::all_of(text.begin(), text.end(), isDigit);
+}
+
+/// "x" of "x-12"; null for a name without such a number. No regular expression: none matches a
+/// name with stray bytes, which are halves of surrogate pairs here.
 QString baseOfNumbered(const QString &name)
 {
-    static const QRegularExpression pattern(QStringLiteral("^(.*)-[1-9][0-9]*$"),
-                                            QRegularExpression::DotMatchesEverythingOption);
-    return pattern.match(name).captured(1);
+    const int dash = name.lastIndexOf(QLatin1Char('-'));
+    return dash >= 0 && isTrackNumber(name.midRef(dash + 1)) ? name.left(dash) : QString();
 }
 
 [[noreturn]] void refuse(const QString &first, const QString &second, const QString &output,

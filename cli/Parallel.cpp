@@ -17,7 +17,7 @@ namespace {
 
 using Task = std::function<void(int)>;
 
-constexpr int AheadPerThread = 8;
+constexpr int AheadPerThread = 2;
 
 /// The threads and what they have done.
 class Crew {

@@ -16,21 +16,6 @@ inline QString operator""_s(const char *text, size_t size)
 /// Music as text, and what code under test throws and logs.
 namespace AbcTest {
 
-#if defined(__SANITIZE_ADDRESS__)
-#define QUILLMOOR_IS_SANITIZED
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QUILLMOOR_IS_SANITIZED
-#endif
-#endif
-
-/// How much less a test does under a sanitizer, which takes that much longer for it.
-#ifdef QUILLMOOR_IS_SANITIZED
-constexpr int SanitizedFactor = 16;
-#else
-constexpr int SanitizedFactor = 1;
-#endif
-
 inline Track parse(const QString &text)
 {
     return ABCParser().parse(text);

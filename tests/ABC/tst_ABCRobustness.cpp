@@ -3,6 +3,8 @@
 
 #include "AbcTestSupport.h"
 
+#include "TestSupport/Sanitizer.h"
+
 #include <QtTest>
 
 #include <sys/resource.h>
@@ -14,9 +16,9 @@ using namespace AbcTest;
 namespace {
 
 // A sanitizer takes several times as long, and keeps freed memory.
-constexpr int Megabyte = (1 << 20) / SanitizedFactor;
+constexpr int Megabyte = (1 << 20) / SanitizerFactor;
 constexpr double MaxSeconds = 2;
-constexpr long MaxMegabytes = 256L * SanitizedFactor;
+constexpr long MaxMegabytes = 256L * SanitizerFactor;
 
 /// Processor time, which does not depend on what else the machine does.
 double usedSeconds()
@@ -172,7 +174,7 @@ private slots:
         const QString alphabet = "CDEabzxZX^_=',/0123456789-.|:[](){}<>!\"+$%&`\\~ \n\r\tKLMQI#"_s
             + QString(QChar(0xD834)) + QString(QChar(0xDD1E)) + QString(QChar(0)) + "é"_s;
         Random random(20240229);
-        for (int round = 0; round < 30000 / SanitizedFactor; ++round) {
+        for (int round = 0; round < 30000 / SanitizerFactor; ++round) {
             QString text = seeds.at(round % seeds.size());
             const quint32 changes = 1 + random.below(12);
             for (quint32 i = 0; i < changes && !text.isEmpty(); ++i) {

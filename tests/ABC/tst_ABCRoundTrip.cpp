@@ -3,6 +3,8 @@
 
 #include "AbcTestSupport.h"
 
+#include "TestSupport/Sanitizer.h"
+
 #include <QtTest>
 
 using namespace AbcTest;
@@ -85,7 +87,7 @@ class TestABCRoundTrip : public QObject {
 private slots:
     void keepsTheEventsOfAnyTrack()
     {
-        for (quint32 seed = 0; seed < 3000 / SanitizedFactor; ++seed) {
+        for (quint32 seed = 0; seed < 3000 / SanitizerFactor; ++seed) {
             const Track track = randomTrack(seed);
             const QString text = generate(track);
             const Track again = parse(text);
@@ -95,7 +97,7 @@ private slots:
     }
     void writesTheSameTextAgain()
     {
-        for (quint32 seed = 3000; seed < 3000 + 1000 / SanitizedFactor; ++seed) {
+        for (quint32 seed = 3000; seed < 3000 + 1000 / SanitizerFactor; ++seed) {
             const QString first = generate(parse(generate(randomTrack(seed))));
             QCOMPARE(generate(parse(first)), first);
         }

@@ -280,6 +280,8 @@ private slots:
         QTest::newRow("on and off") << quarter(0, 60) << "60@0+30240"_s;
         QTest::newRow("velocity 0 is off")
             << noteOn(0, 0, 60) + noteOn(480, 0, 60, 0) << "60@0+30240"_s;
+        QTest::newRow("velocity 1 is on")
+            << noteOn(0, 0, 60, 1) + noteOff(480, 0, 60) << "60@0+30240"_s;
         QTest::newRow("any velocity of off")
             << noteOn(0, 0, 60) + noteOff(480, 0, 60, 127) << "60@0+30240"_s;
         QTest::newRow("struck again: the first is lost")

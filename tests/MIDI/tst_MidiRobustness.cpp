@@ -1,4 +1,5 @@
 #include "ABC/ABCParser.h"
+#include "MIDI/MidiBudget.h"
 
 #include "MidiTestSupport.h"
 
@@ -15,6 +16,10 @@ using namespace MidiTest;
 using namespace MidiBuilder;
 
 namespace {
+
+// Those of a track with a title.
+constexpr int MostNotes = static_cast<int>(MidiBudget::LargestCount - MidiBudget::EventsPerTitle
+                                           - MidiBudget::EventsPerTrack);
 
 const QString TooManyEvents = "The MIDI file has too many events."_s;
 
@@ -55,6 +60,11 @@ QByteArray noteOnEachChannel()
     for (quint32 channel = 0; channel < 16; ++channel)
         events += noteOn(0, channel, 60) + noteOff(1, channel, 60);
     return events;
+}
+
+QByteArray manyNotes(int count)
+{
+    return "00903C00"_hex + "003C40 013C00"_hex.repeated(count);
 }
 
 /// Each bend cuts 88 or, when two of them are bent below the piano, 86 notes, if time passes
@@ -153,6 +163,8 @@ private slots:
                             + chunk(note + endOfTrack()).repeated(60000));
         row("thousands of titles", file({instrumentName(0, "x").repeated(100000) + note}));
         refused("too many titles", file({instrumentName(0, "x").repeated(125001) + note}));
+        row("as many notes as there may be", file({manyNotes(MostNotes)}));
+        refused("one note more", file({manyNotes(MostNotes + 1)}));
         row("bends that cut as many notes as there may be", file({bendsOfAllKeys(22988, 1)}));
         refused("bends that cut more", file({bendsOfAllKeys(22989, 1)}));
         row("bends that cut nothing", file({bendsOfAllKeys(200000, 0) + note}));

@@ -38,6 +38,12 @@ QVector<Source> sourcesOf(const QStringList &files)
     return sources;
 }
 
+/// A byte of a file name that is no UTF-8, as FileNameCodec decodes it.
+QString strayByte()
+{
+    return QString(QChar(0xDCFF));
+}
+
 /// What check() throws; null for nothing.
 QString refusal(const QString &directory, const QVector<Source> &sources)
 {
@@ -101,6 +107,7 @@ void tst_Destinations::distinctPlacesAreFine_data()
     QTest::newRow("no number") << args({"a-b.abc", "a-.abc", "a1.abc", "a.mid"});
     QTest::newRow("MIDI with a number") << args({"a-1.mid", "a.mid"});
     QTest::newRow("number of another") << args({"b-1.abc", "a.mid"});
+    QTest::newRow("number before a line feed") << args({"a-1\n.abc", "a.mid"});
     QTest::newRow("standard input and a file") << args({"-", "a.mid"});
 }
 
@@ -125,6 +132,11 @@ void tst_Destinations::sharedPlacesAreRefused_data()
                                      << "a.mid and a-12.abc could both be written to out/a-12.abc.";
     QTest::newRow("tune before MIDI")
         << args({"a-1.abc", "a.mid"}) << "a.mid and a-1.abc could both be written to out/a-1.abc.";
+    const QStringList stray = {strayByte() + QStringLiteral(".mid"),
+                               strayByte() + QStringLiteral("-1.abc")};
+    QTest::newRow("names of stray bytes")
+        << stray
+        << QStringLiteral("%1 and %2 could both be written to out/%2.").arg(stray[0], stray[1]);
     QTest::newRow("standard input as a tune")
         << args({"-", "stdin.abc"}) << "- and stdin.abc would both be written to out/stdin.abc.";
     QTest::newRow("standard input as MIDI")
@@ -154,6 +166,10 @@ void tst_Destinations::inputsAreNotReplaced_data()
     const Source elsewhere{QStringLiteral("a.abc"), QStringLiteral("y")};
     row("by a track in a folder", {{QStringLiteral("m.mid"), QStringLiteral("x")}, elsewhere},
         "./x/m-5.abc is an input file.");
+    const QString stray = strayByte() + QStringLiteral(".mid");
+    QTest::newRow("by a track of a name of stray bytes")
+        << QVector<Source>{{stray, {}}, file("x/s.mid")}
+        << QStringLiteral("./%1-1.abc is an input file.").arg(strayByte());
     row("none", {file("m.mid"), elsewhere}, "");
 }
 
@@ -162,13 +178,14 @@ void tst_Destinations::inputsAreNotReplaced()
     QFETCH(QVector<Source>, sources);
     QFETCH(QString, message);
     QDir().mkdir(QStringLiteral("x"));
-    for (const char *const name : {"a.abc", "m.mid", "x/m.abc", "m-4.abc"})
+    for (const char *const name : {"a.abc", "m.mid", "x/m.abc", "m-4.abc", "x/s.mid"})
         makeFile(QString::fromUtf8(name), "some bytes");
     // A track's file may be another input by another name.
     QVERIFY(QFile::link(QStringLiteral("x/m.abc"), QStringLiteral("m-3.abc")));
     QVERIFY(QFile::link(QStringLiteral("../a.abc"), QStringLiteral("x/m-5.abc")));
+    QVERIFY(QFile::link(QStringLiteral("x/s.mid"), strayByte() + QStringLiteral("-1.abc")));
     QCOMPARE(refusal(QStringLiteral("."), sources), message);
 }
 
-QTEST_GUILESS_MAIN(tst_Destinations)
+PROGRAM_TEST_MAIN(tst_Destinations)
 #include "tst_Destinations.moc"

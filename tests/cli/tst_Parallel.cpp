@@ -137,7 +137,7 @@ void tst_Parallel::workDoesNotRunFarAhead()
     };
     Parallel::inOrder(5000, 2, work,
                       [&](int number) { lead = std::max(lead, highest.load() - number); });
-    QVERIFY2(lead <= 16, qPrintable(QString::number(lead)));
+    QVERIFY2(lead <= 4, qPrintable(QString::number(lead)));
 }
 
 void tst_Parallel::failureOfWorkComesInItsTurn()
