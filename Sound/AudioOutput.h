@@ -46,3 +46,6 @@ public:
 
 /// Makes an output that is not yet started. Never answers null.
 using AudioOutputFactory = std::function<std::unique_ptr<AudioOutput>()>;
+
+/// The one of the machine.
+std::unique_ptr<AudioOutput> defaultAudioOutput();
