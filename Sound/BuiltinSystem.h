@@ -15,9 +15,9 @@
 /// With FMOD_OUTPUTTYPE_AUTODETECT, the default, the system plays live: init() starts an output of
 /// `outputs`, by default the machine's device, and answers FMOD_ERR_OUTPUT_INIT where that fails.
 /// The output takes the mix from a thread of its own, which moves the clock. update() hands over
-/// what has been prepared, and neither makes nor waits for any: a note whose sample comes too late
-/// starts when it comes. Sound/LiveStatus.h tells how it goes.
-/// release() stops the output first.
+/// what has been prepared and waits for nothing (only without threads does it make one sample at a
+/// time itself): a note whose sample comes too late starts when it comes. Sound/LiveStatus.h tells
+/// how it goes. release() stops the output first.
 ///
 /// With FMOD_OUTPUTTYPE_WAVWRITER_NRT it writes a file: init() wants the file name as extra driver
 /// data and answers FMOD_ERR_OUTPUT_INIT where that file cannot be written, as for any other
