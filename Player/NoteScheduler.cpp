@@ -36,7 +36,8 @@ void NoteScheduler::collect(FMOD::System &system, TrackInfo &info, const PassClo
             return;
         if (event.type() == TrackEvent::Tempo)
             info.passTempo(event, clock.rate);
-        else if (event.isNote() && !info.muted && !passOver.contains(info.nextEvent))
+        else if (event.isNote() && !info.muted && !info.unplayable
+                 && !passOver.contains(info.nextEvent))
             collectNote(system, info, event, clock);
     }
 }

@@ -21,8 +21,9 @@ struct TrackInfo {
     quint64 ticksPerMinute = Ticks::DefaultPerMinute;
     FMOD::ChannelGroup *channelGroup = nullptr; ///< null for none
     bool muted = false;
-    float volume = 1.0F; ///< 0 to 1, for notes scheduled from now on
-    float pan = 0.0F;    ///< -1 to 1, for notes scheduled from now on
+    bool unplayable = false; ///< silent like a muted one, for its instrument maps no note at all
+    float volume = 1.0F;     ///< 0 to 1, for notes scheduled from now on
+    float pan = 0.0F;        ///< -1 to 1, for notes scheduled from now on
 
     /// The clock at which `tick` sounds, truncated and kept within 64 bits. A tick before the
     /// origin comes before its clock, at 0 at the earliest.
