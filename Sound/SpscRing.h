@@ -21,27 +21,34 @@ public:
     /// For the pushing thread; false when there is no room.
     bool push(const Item &item) noexcept
     {
-        const std::size_t end = m_end.load(std::memory_order_relaxed);
-        if (end - m_begin.load(std::memory_order_acquire) == m_items.size())
+        const std::size_t end = m_end.value.load(std::memory_order_relaxed);
+        if (end - m_begin.value.load(std::memory_order_acquire) == m_items.size())
             return false;
         m_items[place(end)] = item;
-        m_end.store(end + 1, std::memory_order_release);
+        m_end.value.store(end + 1, std::memory_order_release);
         return true;
     }
 
     /// For the popping thread; false when there is nothing.
     bool pop(Item &item) noexcept
     {
-        const std::size_t begin = m_begin.load(std::memory_order_relaxed);
-        if (begin == m_end.load(std::memory_order_acquire))
+        const std::size_t begin = m_begin.value.load(std::memory_order_relaxed);
+        if (begin == m_end.value.load(std::memory_order_acquire))
             return false;
         item = m_items[place(begin)];
-        m_begin.store(begin + 1, std::memory_order_release);
+        m_begin.value.store(begin + 1, std::memory_order_release);
         return true;
     }
 
 private:
     static constexpr std::size_t CacheLine = 64;
+
+    /// Apart from its neighbours, so that the threads do not take a line of the cache from each
+    /// other all the time.
+    struct Index {
+        char before[CacheLine];
+        std::atomic<std::size_t> value{0};
+    };
 
     static std::size_t roundedUp(std::size_t capacity)
     {
@@ -54,8 +61,7 @@ private:
     std::size_t place(std::size_t index) const { return index & (m_items.size() - 1); }
 
     std::vector<Item> m_items;
-    // Both only grow; what they overflow at is a multiple of the size. Apart, so that the threads
-    // do not take a line of the cache from each other all the time.
-    alignas(CacheLine) std::atomic<std::size_t> m_begin{0};
-    alignas(CacheLine) std::atomic<std::size_t> m_end{0};
+    // Both only grow; what they overflow at is a multiple of the size.
+    Index m_begin;
+    Index m_end;
 };

@@ -123,47 +123,47 @@ bool RealTimeGuard::worksWithoutSystem(const std::function<void()> &work,
 // All of this program's allocations pass here, those of the standard library too.
 extern "C" {
 
-void *__libc_malloc(std::size_t size);
-void *__libc_calloc(std::size_t count, std::size_t size);
-void *__libc_realloc(void *memory, std::size_t size);
-void *__libc_memalign(std::size_t alignment, std::size_t size);
-void __libc_free(void *memory);
+void *libcMalloc(std::size_t size) __asm__("__libc_malloc");
+void *libcCalloc(std::size_t count, std::size_t size) __asm__("__libc_calloc");
+void *libcRealloc(void *memory, std::size_t size) __asm__("__libc_realloc");
+void *libcMemalign(std::size_t alignment, std::size_t size) __asm__("__libc_memalign");
+void libcFree(void *memory) __asm__("__libc_free");
 
 void *malloc(std::size_t size) noexcept
 {
     note();
-    return __libc_malloc(size);
+    return libcMalloc(size);
 }
 
 void *calloc(std::size_t count, std::size_t size) noexcept
 {
     note();
-    return __libc_calloc(count, size);
+    return libcCalloc(count, size);
 }
 
 void *realloc(void *memory, std::size_t size) noexcept
 {
     note();
-    return __libc_realloc(memory, size);
+    return libcRealloc(memory, size);
 }
 
 void *aligned_alloc(std::size_t alignment, std::size_t size) noexcept
 {
     note();
-    return __libc_memalign(alignment, size);
+    return libcMemalign(alignment, size);
 }
 
 int posix_memalign(void **memory, std::size_t alignment, std::size_t size) noexcept
 {
     note();
-    *memory = __libc_memalign(alignment, size);
+    *memory = libcMemalign(alignment, size);
     return *memory != nullptr ? 0 : ENOMEM;
 }
 
 void free(void *memory) noexcept
 {
     note();
-    __libc_free(memory);
+    libcFree(memory);
 }
 
 int pthread_mutex_lock(pthread_mutex_t *mutex) noexcept
