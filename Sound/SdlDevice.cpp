@@ -2,17 +2,65 @@
 
 #include <SDL.h>
 
-#include <cstring>
+#include <mutex>
 
 namespace {
 
 constexpr std::size_t FrameBytes = AudioOutput::Channels * sizeof(float);
 
-/// These drivers of SDL throw the sound away, and keep no time in doing so.
-bool isStandIn(const char *driver)
+/// For what opens and closes: SDL counts its users, but does not keep them apart.
+std::mutex &sdlMutex()
 {
-    return driver == nullptr || std::strcmp(driver, "dummy") == 0
-        || std::strcmp(driver, "disk") == 0;
+    static std::mutex mutex;
+    return mutex;
+}
+
+void setHint(const char *name, const char *value)
+{
+    SDL_SetHintWithPriority(name, value, SDL_HINT_OVERRIDE);
+}
+
+void ignoreAlsa(const char *, int, const char *, int, const char *, ...) { }
+
+/// ALSA would write half a page to standard error each time that we find no sound card.
+void silenceAlsa()
+{
+    using Handler = void (*)(const char *, int, const char *, int, const char *, ...);
+    using SetHandler = int (*)(Handler);
+    void *const library = SDL_LoadObject("libasound.so.2"); // kept, as SDL does
+    void *const function =
+        library != nullptr ? SDL_LoadFunction(library, "snd_lib_error_set_handler") : nullptr;
+    if (function != nullptr)
+        reinterpret_cast<SetHandler>(function)(ignoreAlsa);
+}
+
+void prepareSdl()
+{
+    SDL_SetMainReady();
+    setHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1"); // a signal is the program's own affair
+    SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Quillmoor Composer");
+    SDL_SetHint(SDL_HINT_AUDIO_DEVICE_STREAM_NAME, "Music");
+    SDL_SetHint(SDL_HINT_AUDIO_DEVICE_STREAM_ROLE, "music");
+    silenceAlsa();
+}
+
+/// Nobody would fetch them.
+void refuseEvents()
+{
+    SDL_EventState(SDL_AUDIODEVICEADDED, SDL_IGNORE);
+    SDL_EventState(SDL_AUDIODEVICEREMOVED, SDL_IGNORE);
+}
+
+std::string currentDriver()
+{
+    const char *const driver = SDL_GetCurrentAudioDriver();
+    return driver != nullptr ? driver : "";
+}
+
+/// These drivers of SDL throw the sound away, and keep no time in doing so.
+bool isStandIn(const std::string &driver)
+{
+    return driver.empty() || driver == "dummy" || driver == "disk";
 }
 
 } // namespace
@@ -29,6 +77,7 @@ SdlDevice::~SdlDevice()
 
 bool SdlDevice::open()
 {
+    const std::lock_guard<std::mutex> lock(sdlMutex());
     if (!connectServer() || !openDevice()) {
         disconnectServer();
         return false;
@@ -41,19 +90,19 @@ bool SdlDevice::open()
 
 bool SdlDevice::connectServer()
 {
-    SDL_SetMainReady();
-    // A signal is the program's own affair.
-    SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
-    SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Quillmoor Composer");
+    static std::once_flag isPrepared;
+    std::call_once(isPrepared, prepareSdl);
     if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0)
         return fail("No sound server was found.");
     m_isConnected = true;
+    refuseEvents();
     return hasDevice() || fail("No sound device was found.");
 }
 
-bool SdlDevice::hasDevice()
+bool SdlDevice::hasDevice() const
 {
-    return !isStandIn(SDL_GetCurrentAudioDriver()) && SDL_GetNumAudioDevices(0) != 0;
+    const std::string driver = currentDriver();
+    return !isStandIn(driver) && driver != m_distrusted && SDL_GetNumAudioDevices(0) != 0;
 }
 
 bool SdlDevice::openDevice()
@@ -79,6 +128,7 @@ bool SdlDevice::fail(const std::string &problem)
 void SdlDevice::close()
 {
     m_gate.close();
+    const std::lock_guard<std::mutex> lock(sdlMutex());
     if (m_id != 0)
         SDL_CloseAudioDevice(m_id);
     m_id = 0;
@@ -92,17 +142,14 @@ void SdlDevice::disconnectServer()
     m_isConnected = false;
 }
 
-bool SdlDevice::isPresent()
+bool SdlDevice::isPresent() const
 {
-    SDL_Event event;
-    SDL_PumpEvents();
-    while (SDL_PeepEvents(&event, 1, SDL_GETEVENT, SDL_AUDIODEVICEADDED, SDL_AUDIODEVICEREMOVED)
-           > 0) {
-        if (event.type == SDL_AUDIODEVICEREMOVED && event.adevice.iscapture == 0
-            && event.adevice.which == m_id)
-            return false;
-    }
     return SDL_GetAudioDeviceStatus(m_id) != SDL_AUDIO_STOPPED;
+}
+
+void SdlDevice::distrust()
+{
+    m_distrusted = currentDriver();
 }
 
 void SdlDevice::callback(void *gate, std::uint8_t *bytes, int size)

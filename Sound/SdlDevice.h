@@ -5,8 +5,10 @@
 #include <cstdint>
 #include <string>
 
-/// The machine's default sound device, through SDL. For one thread at a time; one object in a
-/// process.
+/// The machine's default sound device, through SDL.
+///
+/// Each object is for one thread; those of several threads take turns. open() and close() are
+/// stuck for as long as a sound server does not answer.
 class SdlDevice {
 public:
     explicit SdlDevice(AudioGate &gate);
@@ -19,17 +21,19 @@ public:
     /// that was started since.
     bool open();
     void close();
-    bool isOpen() const { return m_id != 0; }
 
-    /// Whether the device is still there; to be asked now and then while it is open.
-    bool isPresent();
+    /// Whether the open device is still there. Waits for nothing.
+    bool isPresent() const;
+
+    /// Never opens a device again that comes from the present one's kind of server.
+    void distrust();
 
     const std::string &problem() const { return m_problem; }
 
 private:
     bool connectServer();
     void disconnectServer();
-    bool hasDevice();
+    bool hasDevice() const;
     bool openDevice();
     bool fail(const std::string &problem);
     static void callback(void *gate, std::uint8_t *bytes, int size);
@@ -37,5 +41,6 @@ private:
     AudioGate &m_gate;
     bool m_isConnected = false;
     std::uint32_t m_id = 0; // 0 for none
+    std::string m_distrusted;
     std::string m_problem;
 };

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <system_error>
 
 namespace {
 
@@ -18,35 +17,30 @@ Clock::duration timeOf(std::uint64_t frames)
 
 } // namespace
 
-bool SilentClock::start()
-{
-    m_isStopping = false;
-    try {
-        m_thread = std::thread([this] { run(); });
-    } catch (const std::system_error &) {
-        return false;
-    }
-    return true;
-}
-
-void SilentClock::stop()
+SilentClock::~SilentClock()
 {
     m_isStopping = true;
     if (m_thread.joinable())
         m_thread.join();
 }
 
+void SilentClock::start()
+{
+    m_thread = std::thread([this] { run(); });
+}
+
 void SilentClock::run()
 {
-    // After a halt of the whole machine time goes on from there; it is not made up for.
-    constexpr auto LongestLag = std::chrono::milliseconds(200);
+    // A busy machine's delay is made up for. After a halt of the whole process, music goes on from
+    // where it was.
+    constexpr auto LongestLag = std::chrono::seconds(1);
     Clock::time_point start = Clock::now();
     for (std::uint64_t frames = AudioOutput::BlockFrames; !m_isStopping;
          frames += AudioOutput::BlockFrames) {
         std::this_thread::sleep_until(start + timeOf(frames));
-        m_gate.pullForClock(m_scratch.data(), AudioOutput::BlockFrames);
         const Clock::duration lag = Clock::now() - (start + timeOf(frames));
         if (lag > LongestLag)
             start += lag;
+        m_gate.pullForClock(m_scratch.data(), AudioOutput::BlockFrames);
     }
 }

@@ -14,13 +14,12 @@ public:
         : m_gate(gate)
     {
     }
-    ~SilentClock() { stop(); }
+    ~SilentClock();
     SilentClock(const SilentClock &) = delete;
     SilentClock &operator=(const SilentClock &) = delete;
 
-    /// False where the system gives no thread.
-    bool start();
-    void stop();
+    /// Once. Throws std::system_error where the system gives no thread.
+    void start();
 
 private:
     void run();
