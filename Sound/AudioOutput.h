@@ -40,7 +40,8 @@ public:
     /// time, also without start().
     virtual void stop() = 0;
 
-    /// Why no sound comes out, as a sentence for the user; empty while it really does.
+    /// Why no sound comes out, as a sentence for the user; empty while it really does, and until
+    /// that is known.
     virtual std::string problem() const = 0;
 };
 
