@@ -36,6 +36,10 @@ struct TrackInfo {
     /// lies before the origin. An event with tempo 0 changes nothing.
     void passTempo(const TrackEvent &event, int rate);
 
+    /// The clock at which all of the track is over, notes and fade, as seen from its beginning
+    /// (a TrackInfo that has passed no tempo yet).
+    quint64 endDsp(int rate) const;
+
     /// Whether no event is left to schedule.
     bool isScheduled() const;
 

@@ -38,19 +38,6 @@ QString textOf(FMOD_RESULT result)
     return QString::fromLatin1(FMOD::errorString(result));
 }
 
-/// The clock at which the last event of the track and its fade are over.
-quint64 endOf(TrackInfo info, int rate)
-{
-    quint64 end = 0;
-    const QVector<TrackEvent> events = info.track.events();
-    for (const TrackEvent &event : events) {
-        end = std::max(end, info.dspOfTick(DspClock::sum(event.time(), event.duration()), rate));
-        if (event.type() == TrackEvent::Tempo)
-            info.passTempo(event, rate);
-    }
-    return DspClock::sum(end, DspClock::frames(info.instrument.fadeout(), rate));
-}
-
 } // namespace
 
 RenderWorker::RenderWorker(const QString &fileName)
@@ -138,7 +125,7 @@ void RenderWorker::requireEnd(const PassClock &clock) const
         throw failure(QStringLiteral("The output has no sample rate."));
     const quint64 limit = DspClock::frames(MaximumHours * 3600.0, clock.rate);
     for (const TrackInfo &info : m_tracks) {
-        if (endOf(info, clock.rate) > limit)
+        if (info.endDsp(clock.rate) > limit)
             throw failure(
                 QStringLiteral("It would sound for more than %1 hours.").arg(MaximumHours));
     }
