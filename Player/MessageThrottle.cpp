@@ -1,12 +1,22 @@
 #include "Player/MessageThrottle.h"
 
+#include <iterator>
+#include <utility>
+
 bool MessageThrottle::admits(const QString &message, qint64 nowMs)
 {
-    const auto last = m_lastMs.constFind(message);
-    if (last != m_lastMs.constEnd() && nowMs - *last < IntervalMs)
-        return false;
     if (m_lastMs.size() >= MaxMessages)
-        m_lastMs.clear();
+        forgetBefore(nowMs - IntervalMs);
+    const auto last = std::as_const(m_lastMs).constFind(message);
+    const bool isKnown = last != m_lastMs.constEnd();
+    if (isKnown ? nowMs - *last < IntervalMs : m_lastMs.size() >= MaxMessages)
+        return false;
     m_lastMs.insert(message, nowMs);
     return true;
+}
+
+void MessageThrottle::forgetBefore(qint64 ms)
+{
+    for (auto entry = m_lastMs.begin(); entry != m_lastMs.end();)
+        entry = *entry <= ms ? m_lastMs.erase(entry) : std::next(entry);
 }

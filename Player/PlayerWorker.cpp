@@ -1,6 +1,7 @@
 #include "Player/PlayerWorker.h"
 
 #include "Player/DspClock.h"
+#include "Player/ThrownMessage.h"
 #include "Sound/BuiltinSystem.h"
 #include "Sound/LiveStatus.h"
 #include "model/MessageLog.h"
@@ -8,7 +9,7 @@
 #include <QEvent>
 #include <QTimer>
 
-#include <exception>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -19,15 +20,19 @@ constexpr int Channels = 2048;
 constexpr int PassIntervalMs = 1;
 constexpr int ReportIntervalMs = 25;
 
-FMOD_RESULT createBuiltin(FMOD::System **system)
+QString textOf(FMOD_RESULT result)
 {
-    return createBuiltinSystem(system);
+    return QString::fromLatin1(FMOD::errorString(result));
 }
 
-void setInstrument(TrackInfo &info, const Instrument &instrument)
+QString problemOf(FMOD::System &system)
 {
-    info.instrument = instrument;
-    info.unplayable = instrument.mapping().isEmpty();
+    return QString::fromStdString(LiveStatus::problem(system));
+}
+
+bool mapsNothing(const Instrument &instrument)
+{
+    return instrument.mapping().isEmpty();
 }
 
 TrackInfo trackInfo(const Instrument &instrument, const Track &track, bool muted, float volume,
@@ -35,7 +40,7 @@ TrackInfo trackInfo(const Instrument &instrument, const Track &track, bool muted
 {
     TrackInfo info;
     info.track = track;
-    setInstrument(info, instrument);
+    info.instrument = instrument;
     info.ticksPerMinute = track.ticksPerMinute();
     info.muted = muted;
     info.volume = volume;
@@ -45,11 +50,18 @@ TrackInfo trackInfo(const Instrument &instrument, const Track &track, bool muted
 
 } // namespace
 
-PlayerWorker::PlayerWorker(SystemFactory createSystem)
+FMOD_RESULT PlayerWorker::createBuiltin(FMOD::System **system)
+{
+    return createBuiltinSystem(system);
+}
+
+PlayerWorker::PlayerWorker(SystemFactory createSystem, SystemFactory createFallback)
     : m_createSystem(std::move(createSystem))
+    , m_createFallback(std::move(createFallback))
     , m_timer(new QTimer(this))
     , m_sounds(check())
-    , m_scheduler(m_sounds, check())
+    , m_scheduler(m_sounds, check(), &InstrumentSample::randomFile,
+                  [this](const QString &message) { logFailure(message); })
 {
     m_timer->setTimerType(Qt::PreciseTimer);
     connect(m_timer, &QTimer::timeout, this, &PlayerWorker::onTimeout);
@@ -69,67 +81,81 @@ PlayerWorker::~PlayerWorker()
 
 bool PlayerWorker::event(QEvent *event)
 {
-    bool handled = true;
-    guard([&] { handled = QObject::event(event); });
-    return handled;
+    bool isHandled = true;
+    guard([&] { isHandled = QObject::event(event); });
+    return isHandled;
 }
 
 void PlayerWorker::onTimeout()
 {
-    guard([this] { update(); });
+    // The next pass goes on behind what failed. It does not wait a millisecond for that: with
+    // hundreds of failing tracks the others would come too late. Each round is another track's.
+    while (guard([this] { update(); }) == Outcome::TrackFailed) { }
 }
 
-template <typename Action> void PlayerWorker::guard(Action action)
+template <typename Action> PlayerWorker::Outcome PlayerWorker::guard(Action action)
 {
-    try {
-        action();
-    } catch (const QString &message) {
-        onThrown(message);
-    } catch (const std::exception &exception) {
-        onThrown(QString::fromLocal8Bit(exception.what()));
-    } catch (...) {
-        onThrown(QStringLiteral("Unknown error."));
-    }
+    m_attempt = {};
+    const std::optional<QString> failure = messageThrownBy(action);
+    return failure ? takeFailure(*failure) : Outcome::Done;
 }
 
-void PlayerWorker::onThrown(const QString &message)
+PlayerWorker::Outcome PlayerWorker::takeFailure(const QString &message)
 {
-    if (!m_scheduling.isNull())
-        m_passOver[std::exchange(m_scheduling, QString())].insert(m_scheduler.failedEvent());
+    const Attempt attempt = std::exchange(m_attempt, {});
+    if (!attempt.mapsNothing)
+        logFailure(message);
+    TrackInfo *const info = attempt.trackId ? findTrack(*attempt.trackId) : nullptr;
+    if (!info)
+        return Outcome::Failed;
+    if (attempt.mapsNothing)
+        info->unplayable = true;
+    else
+        info->failedEvent = m_scheduler.failedEvent();
+    return Outcome::TrackFailed;
+}
+
+void PlayerWorker::logFailure(const QString &message)
+{
     if (m_throttle.admits(message, m_sinceStart.elapsed()))
-        MessageLog::critical(Source, "void PlayerWorker::onThrown(const QString &)", message);
+        MessageLog::critical(Source, "void PlayerWorker::logFailure(const QString &)", message);
 }
 
 void PlayerWorker::initialize()
 {
-    if (m_system || (!openSystem(m_createSystem) && !openSystem(&createBuiltin)))
+    if (m_system || m_isTerminated)
         return;
-    reportProblem(QString::fromStdString(LiveStatus::problem(*m_system)));
-    m_timer->start(PassIntervalMs);
+    QString problem = openSystem(m_createSystem);
+    if (!m_system)
+        problem = openSystem(m_createFallback);
+    reportProblem(problem);
+    if (m_system)
+        m_timer->start(PassIntervalMs);
 }
 
-bool PlayerWorker::openSystem(const SystemFactory &create)
+/// Answers why no sound comes out.
+QString PlayerWorker::openSystem(const SystemFactory &create)
 {
     FMOD_RESULT result = create(&m_system);
     checkErrors(result);
-    if (result != FMOD_OK || !m_system) {
+    if (result != FMOD_OK)
         m_system = nullptr;
-        reportProblem(QString::fromLatin1(FMOD::errorString(result)));
-        return false;
-    }
+    if (!m_system)
+        return textOf(result == FMOD_OK ? FMOD_ERR_INTERNAL : result);
     checkErrors(m_system->setSoftwareChannels(Channels));
     result = m_system->init(Channels, FMOD_INIT_NORMAL, nullptr);
     checkErrors(result);
+    const QString problem = problemOf(*m_system);
     if (result == FMOD_OK)
-        return true;
-    reportProblem(QString::fromLatin1(FMOD::errorString(result)));
+        return problem;
     closeSystem();
-    return false;
+    return problem.isEmpty() ? textOf(result) : problem;
 }
 
 void PlayerWorker::closeSystem()
 {
     m_tracks.clear();
+    m_syncGroups.clear();
     m_notes.clear();
     m_sounds.releaseAll();
     checkErrors(m_system->release());
@@ -146,6 +172,8 @@ void PlayerWorker::reportProblem(const QString &problem)
 
 void PlayerWorker::terminate()
 {
+    if (std::exchange(m_isTerminated, true))
+        return;
     m_timer->stop();
     if (m_system)
         closeSystem();
@@ -158,17 +186,26 @@ void PlayerWorker::update()
     if (!m_system)
         return;
     const PassClock clock = PassClock::of(*m_system, check());
-    const bool isReporting = takeReportTime();
-    const QStringList trackIds = m_tracks.keys(); // a receiver of our signals may change the tracks
-    for (const QString &trackId : trackIds) {
-        if (isReporting && m_tracks.contains(trackId))
-            emit trackPositionChanged(trackId, m_tracks[trackId].tickOfDsp(clock.now, clock.rate));
+    if (takeReportTime())
+        report(clock);
+    const QStringList trackIds = m_tracks.keys(); // who hears our signals may change the tracks
+    for (const QString &trackId : trackIds)
         passTrack(trackId, clock);
-    }
     fadeAndStop(m_notes, clock.now, check(), this);
-    checkErrors(m_system->update());
-    if (isReporting)
-        reportProblem(QString::fromStdString(LiveStatus::problem(*m_system)));
+    if (m_system)
+        checkErrors(m_system->update());
+}
+
+/// Before any track has its pass: one that fails ends the whole pass.
+void PlayerWorker::report(const PassClock &clock)
+{
+    const QStringList trackIds = m_tracks.keys();
+    for (const QString &trackId : trackIds) {
+        if (const TrackInfo *const info = findTrack(trackId))
+            emit trackPositionChanged(trackId, info->tickOfDsp(clock.now, clock.rate));
+    }
+    if (m_system)
+        reportProblem(problemOf(*m_system));
 }
 
 bool PlayerWorker::takeReportTime()
@@ -187,33 +224,36 @@ void PlayerWorker::passTrack(const QString &trackId, const PassClock &clock)
     if (!info->isScheduled()) {
         scheduleTrack(trackId, *info, clock);
     } else if (info->tickOfDsp(clock.now, clock.rate) >= info->track.length()) {
-        emit trackStopped(trackId);
-        m_tracks.remove(trackId);
+        stopTrack(trackId);
     }
 }
 
 void PlayerWorker::scheduleTrack(const QString &trackId, TrackInfo &info, const PassClock &clock)
 {
-    m_scheduling = trackId;
-    m_scheduler.schedule(*m_system, trackId, info, clock, m_notes, m_passOver.value(trackId));
-    m_scheduling = QString();
-    m_passOver.remove(trackId); // they are behind us
+    m_attempt = {trackId, mapsNothing(info.instrument)};
+    m_scheduler.schedule(*m_system, trackId, info, clock, m_notes);
+    m_attempt = {};
 }
 
 void PlayerWorker::playNote(const Instrument &instrument, int noteId)
 {
     if (!m_system)
         return;
+    m_attempt = {std::nullopt, mapsNothing(instrument)};
     const InstrumentSample sample = instrument.sample(static_cast<uint>(noteId));
-    FMOD::Sound *const sound = m_sounds.sound(*m_system, sample.randomFile());
-    if (!sound)
-        return;
+    m_sounds.forgetFailures();
+    if (FMOD::Sound *const sound = m_sounds.sound(*m_system, sample.randomFile()))
+        playSound(sound, sample.pitch());
+}
+
+void PlayerWorker::playSound(FMOD::Sound *sound, double pitch)
+{
     FMOD::Channel *channel = nullptr;
     const FMOD_RESULT result = m_system->playSound(FMOD_CHANNEL_FREE, sound, true, &channel);
     checkErrors(result);
     if (result != FMOD_OK || !channel)
         return;
-    scaleFrequency(*channel, sample.pitch(), check());
+    scaleFrequency(*channel, pitch, check());
     checkErrors(channel->setPaused(false));
 }
 
@@ -252,7 +292,7 @@ void PlayerWorker::startTrack(const QString &trackId, const TrackInfo &prepared,
     info.originDsp = originDsp;
     info.channelGroup = makeGroup(trackId);
     m_tracks.insert(trackId, info);
-    m_passOver.remove(trackId);
+    m_sounds.forgetFailures();
     emit trackStarted(trackId);
 }
 
@@ -273,8 +313,12 @@ void PlayerWorker::muteTrack(const QString &trackId, bool mute)
 
 void PlayerWorker::changeInstrument(const QString &trackId, const Instrument &instrument)
 {
-    if (TrackInfo *const info = findTrack(trackId))
-        setInstrument(*info, instrument);
+    TrackInfo *const info = findTrack(trackId);
+    if (!info)
+        return;
+    info->instrument = instrument;
+    info->unplayable = false;
+    info->failedEvent.reset();
 }
 
 void PlayerWorker::setVolume(const QString &trackId, float volume)
@@ -292,41 +336,44 @@ void PlayerWorker::setPan(const QString &trackId, float pan)
 void PlayerWorker::seek(const QString &trackId, quint64 tickPos)
 {
     if (TrackInfo *const info = findTrack(trackId))
-        seekTrack(trackId, *info, tickPos);
+        seekTrack(*info, tickPos, DspClock::now(*m_system, check()));
 }
 
+/// All from one reading of the clock, or they would not stay together.
 void PlayerWorker::seekAll(quint64 tickPos)
 {
-    for (auto info = m_tracks.begin(); info != m_tracks.end(); ++info)
-        seekTrack(info.key(), *info, tickPos);
+    if (m_tracks.isEmpty())
+        return;
+    const quint64 now = DspClock::now(*m_system, check());
+    for (TrackInfo &info : m_tracks)
+        seekTrack(info, tickPos, now);
 }
 
-void PlayerWorker::seekTrack(const QString &trackId, TrackInfo &info, quint64 tickPos)
+void PlayerWorker::seekTrack(TrackInfo &info, quint64 tickPos, quint64 now)
 {
-    info.originDsp = DspClock::now(*m_system, check());
+    info.originDsp = now;
     info.originTick = tickPos;
     info.ticksPerMinute = info.track.ticksPerMinute();
     info.nextEvent = 0;
-    m_passOver.remove(trackId);
+    info.failedEvent.reset();
 }
 
 void PlayerWorker::stopTrack(const QString &trackId)
 {
-    if (m_tracks.remove(trackId) == 0)
-        return;
-    m_passOver.remove(trackId);
-    emit trackStopped(trackId);
+    if (m_tracks.remove(trackId) > 0)
+        emit trackStopped(trackId);
 }
 
 void PlayerWorker::stopAll()
 {
+    if (m_isTerminated)
+        return;
     for (const ActiveNote &note : m_notes) {
         if (note.channel)
             checkErrors(note.channel->stop());
     }
     m_notes.clear();
     m_tracks.clear();
-    m_passOver.clear();
     m_syncGroups.clear();
     emit allTracksStopped();
 }

@@ -8,11 +8,12 @@
 
 #include <QElapsedTimer>
 #include <QHash>
+#include <QMap>
 #include <QObject>
-#include <QSet>
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 class QTimer;
 
@@ -25,9 +26,10 @@ class QTimer;
 /// from then on. Ticks are those of the track, clocks are output frames.
 ///
 /// What a slot throws (a note that the instrument does not map, a package that cannot be read)
-/// leaves the slot with nothing of the failing track's pass handed over. It is caught at the edge
-/// of the thread, which logs it, the same message at most once a second, and lets the next pass
-/// pass over the event that failed. An instrument that maps no note at all is silent.
+/// leaves the slot with nothing of the failing track's pass handed over. Of a queued call and of
+/// the timer it is caught at the edge of the thread, which logs it, the same message at most once
+/// a second, and lets the next pass pass over the event that failed, and with it over all others of
+/// the track that would. An instrument that maps no note at all is silent there, without a word.
 class PlayerWorker : public QObject, private NoteObserver {
     Q_OBJECT
 
@@ -35,7 +37,9 @@ public:
     /// Makes the sound system, as FMOD::System_Create() does.
     using SystemFactory = std::function<FMOD_RESULT(FMOD::System **)>;
 
-    explicit PlayerWorker(SystemFactory createSystem = &FMOD::System_Create);
+    /// `createFallback` is asked when the first one makes nothing that starts.
+    explicit PlayerWorker(SystemFactory createSystem = &FMOD::System_Create,
+                          SystemFactory createFallback = &createBuiltin);
     /// Logs a critical message when terminate() was not called.
     ~PlayerWorker() override;
 
@@ -46,11 +50,14 @@ public slots:
     /// Opens the sound system and begins to work. Where the sound system in force cannot be
     /// started, the built-in engine takes its place.
     void initialize();
-    /// Closes the sound system and schedules the worker's deletion; then emits finished().
+    /// Closes the sound system and schedules the worker's deletion; then emits finished(). From
+    /// then on no slot does anything.
     void terminate();
-    /// One pass; comes by itself every millisecond.
+    /// One pass; comes by itself every millisecond. Throws what playNote() does, with the next
+    /// event of the failing track still to come.
     void update();
-    /// Plays one note now, for the whole length of its sample. Throws "Invalid note index".
+    /// Plays one note now, for the whole length of its sample. Throws "Invalid note index", and
+    /// what loading the sample throws.
     void playNote(const Instrument &instrument, int noteId);
     /// Starts a track 100 ms from now, in place of one of the same id. `volume` is 0 to 1, `pan`
     /// -1 to 1.
@@ -64,7 +71,8 @@ public slots:
     void changeInstrument(const QString &trackId, const Instrument &instrument);
     void setVolume(const QString &trackId, float volume);
     void setPan(const QString &trackId, float pan);
-    /// Goes on at `tickPos` at once. What sounds already is left to end.
+    /// Goes on at `tickPos` at once, in the tempo that the track has there. What was handed over
+    /// already is left to end.
     void seek(const QString &trackId, quint64 tickPos);
     void seekAll(quint64 tickPos);
     /// Forgets the track; its notes that were handed over sound to their end.
@@ -86,39 +94,53 @@ signals:
     void soundProblemChanged(const QString &problem);
 
 private:
-    void onTimeout();
-    template <typename Action> void guard(Action action);
-    void onThrown(const QString &message);
+    enum class Outcome { Done, Failed, TrackFailed };
 
-    bool openSystem(const SystemFactory &create);
+    /// What is being tried, for the case that it throws.
+    struct Attempt {
+        std::optional<QString> trackId; // none for a single note
+        bool mapsNothing = false;       // the instrument cannot but throw
+    };
+
+    static FMOD_RESULT createBuiltin(FMOD::System **system);
+
+    void onTimeout();
+    template <typename Action> Outcome guard(Action action);
+    Outcome takeFailure(const QString &message);
+    void logFailure(const QString &message);
+
+    QString openSystem(const SystemFactory &create);
     void closeSystem();
     void reportProblem(const QString &problem);
 
     bool takeReportTime();
+    void report(const PassClock &clock);
     void passTrack(const QString &trackId, const PassClock &clock);
     void scheduleTrack(const QString &trackId, TrackInfo &info, const PassClock &clock);
+    void playSound(FMOD::Sound *sound, double pitch);
     quint64 startInstant() const;
     quint64 groupInstant(const QString &syncGroup);
     void startTrack(const QString &trackId, const TrackInfo &prepared, quint64 originDsp);
     FMOD::ChannelGroup *makeGroup(const QString &trackId);
-    void seekTrack(const QString &trackId, TrackInfo &info, quint64 tickPos);
+    static void seekTrack(TrackInfo &info, quint64 tickPos, quint64 now);
     TrackInfo *findTrack(const QString &trackId);
 
     FmodCheck check() const;
     void checkErrors(FMOD_RESULT result) const;
 
     SystemFactory m_createSystem;
+    SystemFactory m_createFallback;
     QTimer *m_timer = nullptr;        // a child
     FMOD::System *m_system = nullptr; // from initialize() to terminate()
+    bool m_isTerminated = false;
     SoundCache m_sounds;
     NoteScheduler m_scheduler;
-    QHash<QString, TrackInfo> m_tracks;
+    QMap<QString, TrackInfo> m_tracks; // played in the order of their ids, as they are rendered
     QHash<QString, quint64> m_syncGroups;
     ActiveNotes m_notes;
     QElapsedTimer m_positionClock;
 
-    QHash<QString, QSet<quint32>> m_passOver; // per track, events that failed and are still due
-    QString m_scheduling;                     // the track that is just being scheduled
+    Attempt m_attempt;
     MessageThrottle m_throttle;
     QElapsedTimer m_sinceStart;
     QString m_problem;

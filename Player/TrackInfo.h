@@ -7,6 +7,8 @@
 
 #include <QtGlobal>
 
+#include <optional>
+
 /// A track on its way through the output: what plays it, and how its ticks lie on the output clock.
 ///
 /// The origin ties one tick to one instant of the clock; from there on time runs at the current
@@ -22,8 +24,9 @@ struct TrackInfo {
     FMOD::ChannelGroup *channelGroup = nullptr; ///< null for none
     bool muted = false;
     bool unplayable = false; ///< silent like a muted one, for its instrument maps no note at all
-    float volume = 1.0F;     ///< 0 to 1, for notes scheduled from now on
-    float pan = 0.0F;        ///< -1 to 1, for notes scheduled from now on
+    std::optional<quint32> failedEvent; ///< could not be scheduled, and is to be passed over
+    float volume = 1.0F;                ///< 0 to 1, for notes scheduled from now on
+    float pan = 0.0F;                   ///< -1 to 1, for notes scheduled from now on
 
     /// The clock at which `tick` sounds, truncated and kept within 64 bits. A tick before the
     /// origin comes before its clock, at 0 at the earliest.

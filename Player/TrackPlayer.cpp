@@ -9,10 +9,15 @@ TrackPlayer::TrackPlayer(QObject *parent, PlayerWorker::SystemFactory createSyst
     , m_thread(new QThread(this))
     , m_worker(new PlayerWorker(std::move(createSystem)))
 {
+    qRegisterMetaType<Track>("Track"); // both cross the threads
+    qRegisterMetaType<Instrument>("Instrument");
     m_worker->moveToThread(m_thread);
     connectWorker();
     m_thread->start();
-    QMetaObject::invokeMethod(m_worker, "initialize");
+    if (m_thread->isRunning())
+        QMetaObject::invokeMethod(m_worker, "initialize");
+    else
+        dropWorker();
 }
 
 TrackPlayer::~TrackPlayer()
@@ -20,7 +25,13 @@ TrackPlayer::~TrackPlayer()
     QMetaObject::invokeMethod(m_worker, "terminate");
     m_playingTracks.clear();
     m_thread->wait();
-    delete m_worker; // where the thread never ran
+}
+
+/// Calls that nobody will ever take would pile up.
+void TrackPlayer::dropWorker()
+{
+    delete m_worker;
+    m_soundProblem = QStringLiteral("Could not start a thread for the sound.");
 }
 
 void TrackPlayer::connectWorker()

@@ -13,7 +13,7 @@ class QThread;
 ///
 /// Lives on the interface thread. Each call is carried out later, by a PlayerWorker on a thread of
 /// the player's own, whose slot of the same name says what it does; what came of it arrives as
-/// signals. The types Track and Instrument must be registered before the first call.
+/// signals.
 ///
 /// Destroying it ends all sound and waits until the worker has closed the sound system.
 class TrackPlayer : public QObject {
@@ -63,9 +63,11 @@ private slots:
 
 private:
     void connectWorker();
+    void dropWorker();
 
     QThread *m_thread;               // a child
-    QPointer<PlayerWorker> m_worker; // deletes itself on the thread after terminate()
+    QPointer<PlayerWorker> m_worker; // deletes itself on the thread after terminate(); null
+                                     // without a thread, and calls do nothing then
     QSet<QString> m_playingTracks;
     QString m_soundProblem;
 };

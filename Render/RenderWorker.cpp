@@ -1,6 +1,7 @@
 #include "Render/RenderWorker.h"
 
 #include "Player/DspClock.h"
+#include "Player/ThrownMessage.h"
 #include "Sound/WaveMeasure.h"
 #include "Sound/WaveOutput.h"
 
@@ -17,21 +18,6 @@
 namespace {
 
 constexpr int Channels = 2048;
-
-/// What `action` throws, as a message to show.
-template <typename Action> std::optional<QString> failureOf(Action action)
-{
-    try {
-        action();
-        return std::nullopt;
-    } catch (const QString &message) {
-        return message;
-    } catch (const std::exception &exception) {
-        return QString::fromLocal8Bit(exception.what());
-    } catch (...) {
-        return QStringLiteral("Unknown error.");
-    }
-}
 
 QString textOf(FMOD_RESULT result)
 {
@@ -64,7 +50,7 @@ void RenderWorker::addTrack(const Track &track, const Instrument &instrument, fl
 void RenderWorker::render()
 {
     RenderResult result;
-    const std::optional<QString> message = failureOf([&] { result = renderFile(); });
+    const std::optional<QString> message = messageThrownBy([&] { result = renderFile(); });
     if (message)
         dropOutput();
     deleteLater();

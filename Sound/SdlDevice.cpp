@@ -73,6 +73,7 @@ SdlDevice::SdlDevice(AudioGate &gate)
 SdlDevice::~SdlDevice()
 {
     close();
+    SDL_TLSCleanup(); // what SDL keeps for a thread that is not its own
 }
 
 bool SdlDevice::open()
