@@ -4,7 +4,6 @@
 #include "cli/Signals.h"
 
 #include <QMetaType>
-#include <QTimer>
 
 #include <algorithm>
 #include <chrono>
@@ -74,15 +73,6 @@ QString clockText(double seconds)
         + QLatin1Char(':') + QString::number(whole % 60).rightJustified(2, QLatin1Char('0'));
 }
 
-/// Calls off what a loop waits for as soon as there is a signal to end.
-void obeySignals(const SignalWatch &watch, TrackPlayer &player, QEventLoop &loop)
-{
-    QObject::connect(&watch, &SignalWatch::interrupted, &loop, [&player, &loop] {
-        player.stopAll();
-        QTimer::singleShot(SilenceDelay, &loop, &QEventLoop::quit);
-    });
-}
-
 } // namespace
 
 Playback::Playback(const QVector<Part> &parts, Console &console)
@@ -90,6 +80,11 @@ Playback::Playback(const QVector<Part> &parts, Console &console)
     , m_console(console)
     , m_playing(parts.size())
 {
+    for (QTimer *const timer : {&m_startLimit, &m_end}) {
+        timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer);
+        QObject::connect(timer, &QTimer::timeout, &m_loop, &QEventLoop::quit);
+    }
     measure();
 }
 
@@ -101,7 +96,7 @@ void Playback::measure()
         if (length > m_length)
             m_longest = i;
         m_length = std::max(m_length, length);
-        m_end = std::max(m_end, inSeconds(beginning(part).endDsp(Rate)));
+        m_fadeEnd = std::max(m_fadeEnd, inSeconds(beginning(part).endDsp(Rate)));
     }
     if (!m_parts.isEmpty())
         m_shown = beginning(m_parts.at(m_longest));
@@ -109,15 +104,15 @@ void Playback::measure()
 
 void Playback::run()
 {
+    prepare();
     TrackPlayer player;
     const SignalWatch watch; // gone before the player, so that a signal ends a slow farewell
     listen(player);
-    obeySignals(watch, player, m_loop);
-    start(player);
-    QTimer::singleShot(LongestStart, &m_loop, [this] {
-        if (!m_isStarted)
-            m_loop.quit();
+    QObject::connect(&watch, &SignalWatch::interrupted, &player, [this, &player] {
+        player.stopAll();
+        endWithin(SilenceDelay);
     });
+    start(player);
     m_loop.exec();
     m_console.clearProgress();
     if (watch.received() != 0)
@@ -125,6 +120,14 @@ void Playback::run()
     if (!m_isStarted)
         throw QStringLiteral("Nothing was played: the sound system does not start. %1")
             .arg(player.soundProblem());
+}
+
+void Playback::prepare()
+{
+    qRegisterMetaType<Track>("Track"); // they cross to the player's thread
+    qRegisterMetaType<Instrument>("Instrument");
+    // What is wrong with the output is the player's soundProblem().
+    m_console.leaveOut("Sound/LiveOutput");
 }
 
 void Playback::listen(TrackPlayer &player)
@@ -142,10 +145,7 @@ void Playback::listen(TrackPlayer &player)
 
 void Playback::start(TrackPlayer &player)
 {
-    qRegisterMetaType<Track>("Track"); // they cross to the player's thread
-    qRegisterMetaType<Instrument>("Instrument");
-    // The output that the log tells of is the one that soundProblem() tells of.
-    m_console.leaveOut("Sound/LiveOutput");
+    m_startLimit.start(LongestStart);
     for (int i = 0; i < m_parts.size(); ++i) {
         const Part &part = m_parts.at(i);
         player.playTrack(trackId(i), QStringLiteral("Main"), part.instrument, part.track, false,
@@ -158,6 +158,7 @@ void Playback::onTrackStarted(const TrackPlayer &player)
     if (m_isStarted)
         return;
     m_isStarted = true;
+    m_startLimit.stop();
     tellProblem(player);
     showPosition(0.0);
 }
@@ -166,9 +167,8 @@ void Playback::onTrackStopped()
 {
     if (--m_playing > 0)
         return;
-    const Seconds fade(std::clamp(m_end - m_length, 0.0, LongestFade.count()));
-    QTimer::singleShot(std::chrono::ceil<milliseconds>(fade) + OutputDelay, Qt::PreciseTimer,
-                       &m_loop, &QEventLoop::quit);
+    const Seconds fade(std::clamp(m_fadeEnd - m_length, 0.0, LongestFade.count()));
+    endWithin(std::chrono::ceil<milliseconds>(fade) + OutputDelay);
 }
 
 void Playback::onPositionChanged(const QString &id, quint64 ticks)
@@ -192,4 +192,10 @@ void Playback::showPosition(double seconds)
 {
     m_console.progress(QStringLiteral("Playing: %1 / %2")
                            .arg(clockText(std::min(seconds, m_length)), clockText(m_length)));
+}
+
+void Playback::endWithin(milliseconds time)
+{
+    if (!m_end.isActive() || time < m_end.remainingTimeAsDuration())
+        m_end.start(time);
 }

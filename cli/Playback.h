@@ -6,8 +6,11 @@
 
 #include <QEventLoop>
 #include <QString>
+#include <QTimer>
 #include <QVector>
 #include <QtGlobal>
+
+#include <chrono>
 
 class Console;
 
@@ -30,6 +33,7 @@ public:
 
 private:
     void measure();
+    void prepare();
     void listen(TrackPlayer &player);
     void start(TrackPlayer &player);
     void onTrackStarted(const TrackPlayer &player);
@@ -37,15 +41,18 @@ private:
     void onPositionChanged(const QString &trackId, quint64 ticks);
     void tellProblem(const TrackPlayer &player);
     void showPosition(double seconds);
+    void endWithin(std::chrono::milliseconds time);
 
     const QVector<Part> &m_parts;
     Console &m_console;
     QEventLoop m_loop;
-    int m_longest = 0;     // the part whose position is shown
-    TrackInfo m_shown;     // that part, as far as it has come
-    double m_length = 0.0; // seconds
-    double m_end = 0.0;    // seconds, with the fade of all notes
-    int m_playing;         // tracks that have not stopped
+    QTimer m_startLimit;
+    QTimer m_end;
+    int m_longest = 0;      // the part whose position is shown
+    TrackInfo m_shown;      // that part, as far as it has come
+    double m_length = 0.0;  // seconds
+    double m_fadeEnd = 0.0; // seconds, with the fade of all notes
+    int m_playing;          // tracks that have not stopped
     int m_notes = 0;
     bool m_isStarted = false;
     bool m_isSilent = false;
