@@ -1,44 +1,80 @@
 #include "Player/NoteScheduler.h"
 
+#include "Player/ThrownMessage.h"
+
+#include <algorithm>
+#include <optional>
 #include <utility>
 
-NoteScheduler::NoteScheduler(SoundCache &sounds, FmodCheck check, FileChooser chooseFile)
+namespace {
+
+const TrackEvent &eventAt(const TrackInfo &info)
+{
+    return info.track.event(static_cast<int>(info.nextEvent));
+}
+
+/// What follows must not throw: half of the notes would sound twice.
+void makeRoom(ActiveNotes &notes, std::size_t more)
+{
+    const std::size_t needed = notes.size() + more;
+    if (needed > notes.capacity())
+        notes.reserve(std::max(needed, 2 * notes.capacity()));
+}
+
+} // namespace
+
+NoteScheduler::NoteScheduler(SoundCache &sounds, FmodCheck check, FileChooser chooseFile,
+                             FailureHandler onFailure)
     : m_sounds(sounds)
     , m_check(std::move(check))
     , m_chooseFile(std::move(chooseFile))
+    , m_onFailure(std::move(onFailure))
 {
 }
 
 int NoteScheduler::schedule(FMOD::System &system, const QString &trackId, TrackInfo &info,
-                            const PassClock &clock, ActiveNotes &notes,
-                            const QSet<quint32> &passOver)
+                            const PassClock &clock, ActiveNotes &notes)
 {
-    if (info.isScheduled()
-        || info.track.event(static_cast<int>(info.nextEvent)).time()
-            > info.tickOfDsp(clock.horizon(), clock.rate))
+    if (info.isScheduled() || eventAt(info).time() > info.tickOfDsp(clock.horizon(), clock.rate))
         return 0;
     TrackInfo next = info;
-    collect(system, next, clock, passOver);
+    collect(system, next, clock);
+    makeRoom(notes, m_due.size());
     for (const DueNote &due : m_due)
         play(system, trackId, next, due, notes);
+    next.failedEvent.reset();
     info = std::move(next);
     return static_cast<int>(m_due.size());
 }
 
-void NoteScheduler::collect(FMOD::System &system, TrackInfo &info, const PassClock &clock,
-                            const QSet<quint32> &passOver)
+void NoteScheduler::collect(FMOD::System &system, TrackInfo &info, const PassClock &clock)
 {
     m_due.clear();
     const quint64 horizonTick = info.tickOfDsp(clock.horizon(), clock.rate);
     for (; !info.isScheduled(); ++info.nextEvent) {
-        const TrackEvent &event = std::as_const(info.track).event(static_cast<int>(info.nextEvent));
+        const TrackEvent &event = eventAt(info);
         if (event.time() > horizonTick)
             return;
         if (event.type() == TrackEvent::Tempo)
             info.passTempo(event, clock.rate);
-        else if (event.isNote() && !info.muted && !passOver.contains(info.nextEvent))
+        else if (!event.isNote() || info.muted || info.unplayable)
+            continue;
+        else if (info.failedEvent)
+            collectLeniently(system, info, event, clock);
+        else
             collectNote(system, info, event, clock);
     }
+}
+
+void NoteScheduler::collectLeniently(FMOD::System &system, const TrackInfo &info,
+                                     const TrackEvent &event, const PassClock &clock)
+{
+    if (info.failedEvent == info.nextEvent)
+        return;
+    const std::optional<QString> failure =
+        messageThrownBy([&] { collectNote(system, info, event, clock); });
+    if (failure)
+        m_onFailure(*failure);
 }
 
 void NoteScheduler::collectNote(FMOD::System &system, const TrackInfo &info,

@@ -5,7 +5,7 @@
 #include "Player/SoundCache.h"
 #include "Player/TrackInfo.h"
 
-#include <QSet>
+#include <QString>
 
 #include <functional>
 #include <vector>
@@ -18,24 +18,29 @@ class NoteScheduler {
 public:
     /// Chooses one of a sample's files; may answer an empty path.
     using FileChooser = std::function<QString(const InstrumentSample &)>;
+    /// Hears why an event that was passed over could not be scheduled.
+    using FailureHandler = std::function<void(const QString &message)>;
 
     /// `sounds` must outlive the scheduler.
-    NoteScheduler(SoundCache &sounds, FmodCheck check,
-                  FileChooser chooseFile = &InstrumentSample::randomFile);
+    NoteScheduler(
+        SoundCache &sounds, FmodCheck check, FileChooser chooseFile = &InstrumentSample::randomFile,
+        FailureHandler onFailure = [](const QString &) {});
 
     /// Schedules the events of one track that are due up to the clock's horizon, appends its notes
-    /// to `notes` and moves `info` on behind them. Notes of a muted track, before the track's
-    /// origin or too late to start, and those in `passOver` (indices of events) make no sound.
-    /// Returns the number of notes appended.
+    /// to `notes` and moves `info` on behind them. Notes of a muted or unplayable track, before the
+    /// track's origin or too late to start make no sound. Returns the number of notes appended.
     ///
     /// Throws "Invalid note index" for a note that the instrument does not map, and what loading
     /// its sample throws. All samples are loaded before the first note is handed over: after a
     /// throw, nothing of this pass sounds, and `info` and `notes` are as they were.
+    ///
+    /// With info.failedEvent set, it does not throw: that event is passed over, and so is every
+    /// other that cannot be scheduled, of which the failure handler hears. The next call is
+    /// strict again.
     int schedule(FMOD::System &system, const QString &trackId, TrackInfo &info,
-                 const PassClock &clock, ActiveNotes &notes, const QSet<quint32> &passOver = {});
+                 const PassClock &clock, ActiveNotes &notes);
 
-    /// After schedule() threw: the index of the event that it could not schedule. With it in
-    /// `passOver`, the next call gets by.
+    /// After schedule() threw: the index of the event that it could not schedule.
     quint32 failedEvent() const { return m_failedEvent; }
 
 private:
@@ -48,10 +53,11 @@ private:
         quint64 fadeSamples = 0;
     };
 
-    void collect(FMOD::System &system, TrackInfo &info, const PassClock &clock,
-                 const QSet<quint32> &passOver);
+    void collect(FMOD::System &system, TrackInfo &info, const PassClock &clock);
     void collectNote(FMOD::System &system, const TrackInfo &info, const TrackEvent &event,
                      const PassClock &clock);
+    void collectLeniently(FMOD::System &system, const TrackInfo &info, const TrackEvent &event,
+                          const PassClock &clock);
     void play(FMOD::System &system, const QString &trackId, const TrackInfo &info,
               const DueNote &due, ActiveNotes &notes) const;
     FMOD::Channel *openChannel(FMOD::System &system, FMOD::Sound *sound) const;
@@ -60,6 +66,7 @@ private:
     SoundCache &m_sounds;
     FmodCheck m_check;
     FileChooser m_chooseFile;
+    FailureHandler m_onFailure;
     std::vector<DueNote> m_due; // kept to save its memory from pass to pass
     quint32 m_failedEvent = 0;
 };

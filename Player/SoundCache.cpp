@@ -21,6 +21,9 @@ FMOD::Sound *SoundCache::sound(FMOD::System &system, const QString &path)
     const auto known = m_sounds.constFind(path);
     if (known != m_sounds.constEnd())
         return known.value();
+    const auto failed = std::as_const(m_failures).constFind(path);
+    if (failed != m_failures.constEnd())
+        throw *failed;
     FMOD::Sound *const loaded = load(system, path);
     m_sounds.insert(path, loaded);
     return loaded;
@@ -33,11 +36,17 @@ void SoundCache::releaseAll()
             m_check(sound->release());
     }
     m_sounds.clear();
+    m_failures.clear();
 }
 
-FMOD::Sound *SoundCache::load(FMOD::System &system, const QString &path) const
+FMOD::Sound *SoundCache::load(FMOD::System &system, const QString &path)
 {
-    return PakPath::isPakPath(path) ? loadFromPackage(system, path) : loadFile(system, path);
+    try {
+        return PakPath::isPakPath(path) ? loadFromPackage(system, path) : loadFile(system, path);
+    } catch (const QString &message) {
+        m_failures.insert(path, message);
+        throw;
+    }
 }
 
 FMOD::Sound *SoundCache::loadFile(FMOD::System &system, const QString &path) const

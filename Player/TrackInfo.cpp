@@ -2,6 +2,8 @@
 
 #include "Player/DspClock.h"
 
+#include <algorithm>
+
 namespace {
 
 double difference(quint64 a, quint64 b)
@@ -40,6 +42,18 @@ void TrackInfo::passTempo(const TrackEvent &event, int rate)
         originTick = event.time();
     }
     ticksPerMinute = event.ticksPerMinute();
+}
+
+quint64 TrackInfo::endDsp(int rate) const
+{
+    quint64 end = originDsp;
+    TrackInfo info = *this;
+    for (const TrackEvent &event : track.events()) {
+        end = std::max(end, info.dspOfTick(DspClock::sum(event.time(), event.duration()), rate));
+        if (event.type() == TrackEvent::Tempo)
+            info.passTempo(event, rate);
+    }
+    return DspClock::sum(end, DspClock::frames(instrument.fadeout(), rate));
 }
 
 bool TrackInfo::isScheduled() const

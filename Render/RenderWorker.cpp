@@ -1,6 +1,7 @@
 #include "Render/RenderWorker.h"
 
 #include "Player/DspClock.h"
+#include "Player/ThrownMessage.h"
 #include "Sound/WaveMeasure.h"
 #include "Sound/WaveOutput.h"
 
@@ -18,37 +19,9 @@ namespace {
 
 constexpr int Channels = 2048;
 
-/// What `action` throws, as a message to show.
-template <typename Action> std::optional<QString> failureOf(Action action)
-{
-    try {
-        action();
-        return std::nullopt;
-    } catch (const QString &message) {
-        return message;
-    } catch (const std::exception &exception) {
-        return QString::fromLocal8Bit(exception.what());
-    } catch (...) {
-        return QStringLiteral("Unknown error.");
-    }
-}
-
 QString textOf(FMOD_RESULT result)
 {
     return QString::fromLatin1(FMOD::errorString(result));
-}
-
-/// The clock at which the last event of the track and its fade are over.
-quint64 endOf(TrackInfo info, int rate)
-{
-    quint64 end = 0;
-    const QVector<TrackEvent> events = info.track.events();
-    for (const TrackEvent &event : events) {
-        end = std::max(end, info.dspOfTick(DspClock::sum(event.time(), event.duration()), rate));
-        if (event.type() == TrackEvent::Tempo)
-            info.passTempo(event, rate);
-    }
-    return DspClock::sum(end, DspClock::frames(info.instrument.fadeout(), rate));
 }
 
 } // namespace
@@ -77,7 +50,7 @@ void RenderWorker::addTrack(const Track &track, const Instrument &instrument, fl
 void RenderWorker::render()
 {
     RenderResult result;
-    const std::optional<QString> message = failureOf([&] { result = renderFile(); });
+    const std::optional<QString> message = messageThrownBy([&] { result = renderFile(); });
     if (message)
         dropOutput();
     deleteLater();
@@ -138,7 +111,7 @@ void RenderWorker::requireEnd(const PassClock &clock) const
         throw failure(QStringLiteral("The output has no sample rate."));
     const quint64 limit = DspClock::frames(MaximumHours * 3600.0, clock.rate);
     for (const TrackInfo &info : m_tracks) {
-        if (endOf(info, clock.rate) > limit)
+        if (info.endDsp(clock.rate) > limit)
             throw failure(
                 QStringLiteral("It would sound for more than %1 hours.").arg(MaximumHours));
     }

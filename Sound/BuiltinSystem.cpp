@@ -2,6 +2,8 @@
 
 #include "Sound/ChannelPool.h"
 #include "Sound/Decoder.h"
+#include "Sound/LiveMix.h"
+#include "Sound/LiveStatus.h"
 #include "Sound/ReplacingFile.h"
 #include "Sound/WaveHeader.h"
 #include "Sound/WaveOutput.h"
@@ -53,7 +55,7 @@ private:
 
 class BuiltinSystem final : public FMOD::System {
 public:
-    explicit BuiltinSystem(unsigned threads);
+    BuiltinSystem(unsigned threads, AudioOutputFactory outputs);
 
     FMOD_RESULT release() override;
     FMOD_RESULT setOutput(FMOD_OUTPUTTYPE output) override;
@@ -78,26 +80,38 @@ public:
     /// From errno; 0 while nothing went wrong or the reason is not known.
     int outputError() const { return m_outputError; }
 
+    std::string liveProblem() const;
+    std::uint64_t lateStarts() const;
+
 private:
     bool isInitialised() const { return m_channels != nullptr; }
+    bool isLive() const { return m_liveOutput != nullptr; }
+    FMOD_RESULT initOutput(void *extraDriverData);
     FMOD_RESULT openWriter(const char *fileName);
+    FMOD_RESULT startLive();
+    FMOD_RESULT writeBlock();
     FMOD_RESULT finish();
     FMOD_RESULT addSound(const char *nameOrData, FMOD_MODE mode, const FMOD_CREATESOUNDEXINFO *info,
                          FMOD::Sound **sound);
 
+    AudioOutputFactory m_outputs;
     FMOD_OUTPUTTYPE m_output = FMOD_OUTPUTTYPE_AUTODETECT;
     int m_softwareChannels = 0;
     PreparePool m_pool; // outlives all that is prepared
     SampleCache m_cache;
     std::unique_ptr<ChannelPool> m_channels; // from init() on
-    std::unique_ptr<WaveWriter> m_writer;    // from init() on
+    std::unique_ptr<WaveWriter> m_writer;    // from init() on, for a file
     bool m_abandoned = false;
     int m_outputError = 0;
+    std::string m_startProblem; // of a live output that did not start
     std::array<float, BlockFrames> m_left{};
     std::array<float, BlockFrames> m_right{};
     // Looked up by address: a pointer that is dead or another system's is noticed.
     std::unordered_map<const FMOD::Sound *, std::unique_ptr<BuiltinSound>> m_sounds;
     std::unordered_map<const FMOD::ChannelGroup *, std::unique_ptr<BuiltinChannelGroup>> m_groups;
+    // From init() on, for a live system. The output goes first, and with it the thread that mixes.
+    std::unique_ptr<LiveMix> m_liveMix;
+    std::unique_ptr<AudioOutput> m_liveOutput;
 };
 
 FMOD_RESULT BuiltinSound::release()
@@ -112,14 +126,17 @@ FMOD_RESULT BuiltinChannelGroup::release()
     return FMOD_OK;
 }
 
-BuiltinSystem::BuiltinSystem(unsigned threads)
-    : m_pool(threads)
+BuiltinSystem::BuiltinSystem(unsigned threads, AudioOutputFactory outputs)
+    : m_outputs(std::move(outputs))
+    , m_pool(threads)
     , m_cache(WaveHeader::SampleRate, CacheBytes, m_pool)
 {
 }
 
 FMOD_RESULT BuiltinSystem::release()
 {
+    if (isLive())
+        m_liveOutput->stop();
     const FMOD_RESULT result = finish();
     delete this; // made by createBuiltinSystem(), which hands the ownership to the caller
     return result;
@@ -175,15 +192,22 @@ FMOD_RESULT BuiltinSystem::init(int maxChannels, FMOD_INITFLAGS, void *extraDriv
         return FMOD_ERR_INITIALIZED;
     if (maxChannels < 0)
         return FMOD_ERR_INVALID_PARAM;
+    try {
+        return initOutput(extraDriverData);
+    } catch (const std::bad_alloc &) {
+        return FMOD_ERR_MEMORY;
+    }
+}
+
+FMOD_RESULT BuiltinSystem::initOutput(void *extraDriverData)
+{
+    if (m_output == FMOD_OUTPUTTYPE_AUTODETECT)
+        return startLive();
     if (m_output != FMOD_OUTPUTTYPE_WAVWRITER_NRT)
         return FMOD_ERR_OUTPUT_INIT;
     if (extraDriverData == nullptr)
         return FMOD_ERR_INVALID_PARAM;
-    try {
-        return openWriter(static_cast<const char *>(extraDriverData));
-    } catch (const std::bad_alloc &) {
-        return FMOD_ERR_MEMORY;
-    }
+    return openWriter(static_cast<const char *>(extraDriverData));
 }
 
 FMOD_RESULT BuiltinSystem::openWriter(const char *fileName)
@@ -200,10 +224,34 @@ FMOD_RESULT BuiltinSystem::openWriter(const char *fileName)
     return FMOD_OK;
 }
 
+FMOD_RESULT BuiltinSystem::startLive()
+{
+    auto channels = std::make_unique<ChannelPool>(m_cache);
+    auto mix = std::make_unique<LiveMix>(channels->mixer());
+    auto output = m_outputs();
+    if (!output->start(*mix)) {
+        m_startProblem = output->problem();
+        return FMOD_ERR_OUTPUT_INIT;
+    }
+    m_pool.setMaxQueued(PreparePool::MaxQueuedLive);
+    m_channels = std::move(channels);
+    m_liveMix = std::move(mix);
+    m_liveOutput = std::move(output);
+    return FMOD_OK;
+}
+
 FMOD_RESULT BuiltinSystem::update()
 {
     if (!isInitialised())
         return FMOD_ERR_INITIALIZATION;
+    if (!isLive())
+        return writeBlock();
+    m_pool.standIn();
+    return m_channels->update();
+}
+
+FMOD_RESULT BuiltinSystem::writeBlock()
+{
     if (m_writer->hasFailed())
         return FMOD_ERR_FILE_BAD;
     const FMOD_RESULT result = m_channels->mix(m_left.data(), m_right.data(), BlockFrames);
@@ -214,12 +262,12 @@ FMOD_RESULT BuiltinSystem::update()
     return FMOD_ERR_FILE_BAD;
 }
 
-/// The frames written: a block that was mixed but could not be written does not count.
+/// Of a file the frames written: a block that was mixed but could not be written does not count.
 FMOD_RESULT BuiltinSystem::getDSPClock(unsigned int *hi, unsigned int *lo)
 {
     if (!isInitialised())
         return FMOD_ERR_INITIALIZATION;
-    const std::uint64_t clock = m_writer->report().frames;
+    const std::uint64_t clock = isLive() ? m_channels->clock() : m_writer->report().frames;
     if (hi != nullptr)
         *hi = static_cast<unsigned int>(clock >> 32);
     if (lo != nullptr)
@@ -322,13 +370,23 @@ bool BuiltinSystem::abandon()
     return m_abandoned;
 }
 
+std::string BuiltinSystem::liveProblem() const
+{
+    return isLive() ? m_liveOutput->problem() : m_startProblem;
+}
+
+std::uint64_t BuiltinSystem::lateStarts() const
+{
+    return isLive() ? m_channels->lateStarts() : 0;
+}
+
 } // namespace
 
-FMOD_RESULT createBuiltinSystem(FMOD::System **system, unsigned threads)
+FMOD_RESULT createBuiltinSystem(FMOD::System **system, unsigned threads, AudioOutputFactory outputs)
 {
     if (system == nullptr)
         return FMOD_ERR_INVALID_PARAM;
-    *system = new (std::nothrow) BuiltinSystem(threads);
+    *system = new (std::nothrow) BuiltinSystem(threads, std::move(outputs));
     return *system != nullptr ? FMOD_OK : FMOD_ERR_MEMORY;
 }
 
@@ -350,4 +408,16 @@ std::string WaveOutput::failureReason(FMOD::System &system)
     if (builtin == nullptr || builtin->outputError() == 0)
         return {};
     return std::generic_category().message(builtin->outputError());
+}
+
+std::string LiveStatus::problem(FMOD::System &system)
+{
+    const auto *const builtin = dynamic_cast<const BuiltinSystem *>(&system);
+    return builtin != nullptr ? builtin->liveProblem() : std::string();
+}
+
+std::uint64_t LiveStatus::lateStarts(FMOD::System &system)
+{
+    const auto *const builtin = dynamic_cast<const BuiltinSystem *>(&system);
+    return builtin != nullptr ? builtin->lateStarts() : 0;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sound/AudioOutput.h"
 #include "Sound/Fmod.h"
 #include "Sound/PreparePool.h"
 
@@ -8,21 +9,28 @@
 ///
 /// createSound() reads no more than the header; a sound is decoded, and resampled when a channel
 /// of it is set going, by threads of the system's own (`threads` of them, with 0 by the calling
-/// thread). update() waits for what starts in its block. A sound that turns out to be damaged
-/// behind its header, or too large, is silent: the update() it should start in answers its error
-/// once, and is otherwise like any other.
+/// thread). A sound that turns out to be damaged behind its header, or too large, is silent: the
+/// update() that finds it out answers its error once, and is otherwise like any other.
 ///
-/// Its output is the non-real-time wave writer: init() wants the file name as extra driver data
-/// and answers FMOD_ERR_OUTPUT_INIT where that file cannot be written or another output is set.
-/// Each update() mixes a block of 1024 frames, appends it and moves the clock; when writing
-/// fails it answers FMOD_ERR_FILE_BAD, then and ever after, and the clock stands still.
-/// release() completes the file, which only then takes its name; after a failure it removes the
-/// unfinished file and answers FMOD_ERR_FILE_BAD. The same calls give the same bytes, whatever the
-/// number of threads.
+/// With FMOD_OUTPUTTYPE_AUTODETECT, the default, the system plays live: init() starts an output of
+/// `outputs`, by default the machine's device, and answers FMOD_ERR_OUTPUT_INIT where that fails.
+/// The output takes the mix from a thread of its own, which moves the clock. update() hands over
+/// what has been prepared and waits for nothing (only without threads does it make one sample at a
+/// time itself): a note whose sample comes too late starts when it comes. Sound/LiveStatus.h tells
+/// how it goes. release() stops the output first.
+///
+/// With FMOD_OUTPUTTYPE_WAVWRITER_NRT it writes a file: init() wants the file name as extra driver
+/// data and answers FMOD_ERR_OUTPUT_INIT where that file cannot be written, as for any other
+/// output. update() waits for the samples of what starts in its block. Each one mixes a block of
+/// 1024 frames, appends it and moves the clock; when writing fails it answers FMOD_ERR_FILE_BAD,
+/// then and ever after, and the clock stands still. release() completes the file, which only then
+/// takes its name; after a failure it removes the unfinished file and answers FMOD_ERR_FILE_BAD.
+/// The same calls give the same bytes, whatever the number of threads.
 ///
 /// Before init() only the settings can be made; all else answers FMOD_ERR_INITIALIZATION. Null
 /// pointers are answered with FMOD_ERR_INVALID_PARAM. The number of channels is taken as a
 /// hint: every note sounds in full up to ChannelPool::MaxVoices of them at a time. A system and
 /// its objects are used by one thread at a time; different systems are independent.
 FMOD_RESULT createBuiltinSystem(FMOD::System **system,
-                                unsigned threads = PreparePool::defaultThreads());
+                                unsigned threads = PreparePool::defaultThreads(),
+                                AudioOutputFactory outputs = defaultAudioOutput);

@@ -164,27 +164,55 @@ FMOD_RESULT ChannelPool::mix(float *left, float *right, std::size_t frames)
 {
     const FMOD_RESULT result = provideDue(frames);
     m_cache.settle();
-    m_bank.mixer().mix(left, right, frames);
+    m_bank.mixer().mixAfterAll(left, right, frames);
     collectEnded();
+    return result;
+}
+
+FMOD_RESULT ChannelPool::update()
+{
+    collectEnded();
+    const FMOD_RESULT result = provideReady();
+    m_cache.settle();
+    m_bank.mixer().flush();
     return result;
 }
 
 FMOD_RESULT ChannelPool::provideDue(std::size_t frames)
 {
+    dropStopped();
     const std::uint64_t end = clock() + frames;
     const auto due = std::partition(m_awaited.begin(), m_awaited.end(), [end](const Awaited &a) {
-        return !isStopped(a) && a.channel->m_startClock >= end;
+        return a.channel->m_startClock >= end;
     });
-    const auto ended = std::remove_if(due, m_awaited.end(), isStopped);
     // First what no thread has come to yet: the others finish theirs meanwhile.
-    std::for_each(due, ended, [](const Awaited &a) { a.channel->m_prepared->run(); });
+    std::for_each(due, m_awaited.end(), [](const Awaited &a) { a.channel->m_prepared->run(); });
+    return provideFrom(due);
+}
+
+FMOD_RESULT ChannelPool::provideReady()
+{
+    dropStopped();
+    return provideFrom(std::partition(m_awaited.begin(), m_awaited.end(), [](const Awaited &a) {
+        return !a.channel->m_prepared->isDone();
+    }));
+}
+
+/// Answers the first error.
+FMOD_RESULT ChannelPool::provideFrom(std::vector<Awaited>::iterator first)
+{
     FMOD_RESULT result = FMOD_OK;
-    std::for_each(due, ended, [&](const Awaited &a) {
+    std::for_each(first, m_awaited.end(), [&](const Awaited &a) {
         const FMOD_RESULT error = provide(*a.channel);
         result = result == FMOD_OK ? error : result;
     });
-    m_awaited.erase(due, m_awaited.end());
+    m_awaited.erase(first, m_awaited.end());
     return result;
+}
+
+void ChannelPool::dropStopped()
+{
+    m_awaited.erase(std::remove_if(m_awaited.begin(), m_awaited.end(), isStopped), m_awaited.end());
 }
 
 bool ChannelPool::isStopped(const Awaited &awaited)

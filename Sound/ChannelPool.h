@@ -90,7 +90,16 @@ public:
     /// could not be made, once; what plays it is silent, and all else is mixed as ever.
     FMOD_RESULT mix(float *left, float *right, std::size_t frames);
 
+    /// For a mixer that another thread runs: hands over the samples that have become ready and
+    /// learns which channels have ended. Makes no sample and waits for none; a voice whose sample
+    /// comes after its start begins when it comes. Answers as mix() does.
+    FMOD_RESULT update();
+
+    /// What another thread may run; then update() takes the place of mix().
+    RemoteMixer &mixer() { return m_bank.mixer(); }
+
     std::uint64_t clock() const { return m_bank.mixer().clock(); }
+    std::uint64_t lateStarts() const { return m_bank.mixer().lateStarts(); }
 
 private:
     friend class BuiltinChannel;
@@ -102,6 +111,9 @@ private:
 
     BuiltinChannel &freeChannel();
     FMOD_RESULT provideDue(std::size_t frames);
+    FMOD_RESULT provideReady();
+    FMOD_RESULT provideFrom(std::vector<Awaited>::iterator first);
+    void dropStopped();
     static bool isStopped(const Awaited &awaited);
     FMOD_RESULT provide(BuiltinChannel &channel);
     void recycle(BuiltinChannel &channel);

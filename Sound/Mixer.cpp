@@ -57,6 +57,8 @@ void Mixer::provide(Slot slot, const float *left, const float *right, std::size_
     state.voice.left = left;
     state.voice.right = right;
     state.voice.frames = frames;
+    if (state.voice.startClock != 0 && state.voice.startClock < m_clock && frames > 0)
+        ++m_lateStarts;
 }
 
 void Mixer::setGain(Slot slot, const Gain &gain)

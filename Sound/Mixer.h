@@ -59,6 +59,9 @@ public:
     /// Voices that have not ended, waiting ones included.
     std::size_t voices() const { return m_active.size(); }
 
+    /// Voices whose samples came when their start was over; a start at 0 never is.
+    std::uint64_t lateStarts() const { return m_lateStarts; }
+
     /// The slots that ended since clearEnded(); they are free.
     const std::vector<Slot> &ended() const { return m_ended; }
     void clearEnded() { m_ended.clear(); }
@@ -87,4 +90,5 @@ private:
     MixKernels::Source m_batch[MixKernels::BatchSize];
     std::size_t m_batchCount = 0;
     std::uint64_t m_clock = 0;
+    std::uint64_t m_lateStarts = 0;
 };

@@ -137,7 +137,16 @@ std::shared_ptr<Preparation> PreparePool::push(const std::shared_ptr<Preparation
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_queue.push_back(added);
-    return m_queue.size() > MaxQueued ? takeFirst() : nullptr;
+    return m_queue.size() > m_maxQueued ? takeFirst() : nullptr;
+}
+
+void PreparePool::standIn()
+{
+    if (!m_threads.empty() || m_queue.empty()) // without threads the queue is the caller's alone
+        return;
+    const std::shared_ptr<Preparation> first = takeFirst();
+    if (first != nullptr)
+        first->run();
 }
 
 std::shared_ptr<Preparation> PreparePool::takeFirst()

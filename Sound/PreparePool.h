@@ -59,6 +59,8 @@ class PreparePool {
 public:
     /// What may wait before add() lends a hand; it bounds the open files and bytes in memory.
     static constexpr std::size_t MaxQueued = 64;
+    /// The same where the caller of add() has no time to lend.
+    static constexpr std::size_t MaxQueuedLive = 512;
 
     /// One per processor, at least 1 and at most 8.
     static unsigned defaultThreads();
@@ -74,6 +76,12 @@ public:
     /// came to it, it is dropped.
     std::shared_ptr<Preparation> add(Preparation::Make make);
 
+    /// For the thread that calls add(), and before it does.
+    void setMaxQueued(std::size_t count) { m_maxQueued = count; }
+    /// Makes the first that waits where no thread could be started; else does nothing. For the
+    /// thread that calls add(), when it will not wait for what it added.
+    void standIn();
+
 private:
     using Queue = std::deque<std::weak_ptr<Preparation>>;
 
@@ -88,4 +96,5 @@ private:
     bool m_closing = false;
     std::vector<std::thread> m_threads;
     std::size_t m_maxThreads;
+    std::size_t m_maxQueued = MaxQueued;
 };

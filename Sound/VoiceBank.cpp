@@ -14,8 +14,8 @@ std::optional<VoiceBank::Slot> VoiceBank::await(std::uint64_t startClock, const 
     if (m_free.empty())
         return std::nullopt;
     const Slot slot = m_free.back();
-    m_free.pop_back();
     m_mixer.await(slot, startClock, gain);
+    m_free.pop_back();
     return slot;
 }
 
@@ -29,11 +29,11 @@ void VoiceBank::provide(Slot slot, const Sample &sample)
 
 std::vector<VoiceBank::Slot> VoiceBank::collectEnded()
 {
-    std::vector<Slot> ended = m_mixer.ended();
-    m_mixer.clearEnded();
-    for (const Slot slot : ended) {
+    std::vector<Slot> ended;
+    for (Slot slot = 0; m_mixer.takeEnded(slot);) {
         m_samples[slot].reset();
         m_free.push_back(slot);
+        ended.push_back(slot);
     }
     return ended;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Sound/AudioSample.h"
-#include "Sound/Mixer.h"
+#include "Sound/RemoteMixer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -11,11 +11,11 @@
 
 /// The commanding side of the mixer: hands out its slots and keeps the samples of its voices
 /// alive until the mixer has let go of them. Lives on the thread that plays, never in the audio
-/// callback.
+/// callback, which has no more of it than mixer().
 class VoiceBank {
 public:
-    using Slot = Mixer::Slot;
-    using Gain = Mixer::Gain;
+    using Slot = RemoteMixer::Slot;
+    using Gain = RemoteMixer::Gain;
     using Sample = std::shared_ptr<const AudioSample>;
 
     explicit VoiceBank(std::size_t voices);
@@ -32,11 +32,11 @@ public:
 
     std::size_t voices() const { return m_samples.size() - m_free.size(); }
 
-    Mixer &mixer() { return m_mixer; }
-    const Mixer &mixer() const { return m_mixer; }
+    RemoteMixer &mixer() { return m_mixer; }
+    const RemoteMixer &mixer() const { return m_mixer; }
 
 private:
-    Mixer m_mixer;
+    RemoteMixer m_mixer;
     std::vector<Sample> m_samples; // by slot
     std::vector<Slot> m_free;
 };

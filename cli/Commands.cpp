@@ -3,8 +3,8 @@
 const QVector<Command> &commands()
 {
     static const QVector<Command> table = {
-        eventsCommand(), abcCommand(),    renderCommand(),  instrumentsCommand(), pakListCommand(),
-        pakGetCommand(), pakHasCommand(), pakPackCommand(), demoGameCommand(),
+        eventsCommand(),  abcCommand(),    renderCommand(), playCommand(),    instrumentsCommand(),
+        pakListCommand(), pakGetCommand(), pakHasCommand(), pakPackCommand(), demoGameCommand(),
     };
     return table;
 }

@@ -8,6 +8,7 @@ const QVector<Command> &commands();
 Command eventsCommand();
 Command abcCommand();
 Command renderCommand();
+Command playCommand();
 Command instrumentsCommand();
 Command pakListCommand();
 Command pakGetCommand();

@@ -125,15 +125,20 @@ void Console::showLog(const QStringList &log)
         logLocked(text);
 }
 
-void Console::logMessage(QtMsgType type, const QMessageLogContext & /*context*/,
-                         const QString &text)
+void Console::logMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
-    if (type == QtDebugMsg || type == QtInfoMsg)
+    if (type == QtDebugMsg || type == QtInfoMsg || logConsole->leavesOut(context.file))
         return;
     if (subject != nullptr)
         subject->keep(text.trimmed());
     else
         logConsole->showLog({text.trimmed()});
+}
+
+bool Console::leavesOut(const char *source) const
+{
+    const char *const leftOut = m_leftOut;
+    return leftOut != nullptr && source != nullptr && std::strcmp(source, leftOut) == 0;
 }
 
 void Console::logLocked(const QString &text)

@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QtGlobal>
 
+#include <atomic>
 #include <mutex>
 
 /// Nobody reads our standard output any more: thrown by Console, ends the program quietly with
@@ -44,6 +45,10 @@ public:
     /// that comes again and again is shown once and then counted.
     void takeLog();
 
+    /// Leaves out the log's messages of this source (see MessageLog) from now on: who calls this
+    /// has another way to learn what they say, and tells it. The text must stay.
+    void leaveOut(const char *source) { m_leftOut = source; }
+
     /// For its lifetime, the messages that the log has on this thread are about this file: they
     /// say so, and wait here for showLog(). So files may be read at the same time, and what there
     /// is to say of each is still shown in the files' order.
@@ -69,6 +74,7 @@ public:
 
 private:
     static void logMessage(QtMsgType type, const QMessageLogContext &context, const QString &text);
+    bool leavesOut(const char *source) const;
     void clearProgressLocked();
     void messageLocked(const QString &text);
     void logLocked(const QString &text);
@@ -79,6 +85,7 @@ private:
     const bool m_isTerminal;
     bool m_progressShown = false;
     bool m_takesLog = false;
+    std::atomic<const char *> m_leftOut{nullptr};
     QString m_lastLogged;
     int m_repetitions = 0;
     QElapsedTimer m_sinceProgress;

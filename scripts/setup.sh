@@ -8,7 +8,7 @@ set -euo pipefail
 
 # To build the program and to run it.
 run_packages=(cmake ninja-build g++ ccache pkg-config qtbase5-dev libsndfile1-dev libsoxr-dev
-    libpcre2-dev libvorbis-dev libogg-dev)
+    libpcre2-dev libvorbis-dev libogg-dev libsdl2-dev)
 # Without a font the tests that draw would draw boxes. midicsv is a second reader of MIDI files.
 test_packages=(fonts-dejavu-core midicsv)
 # rsvg-convert draws the icons.

@@ -53,16 +53,15 @@ public:
     Stage(const Stage &) = delete;
     Stage &operator=(const Stage &) = delete;
 
-    int scheduleAt(quint64 now, TrackInfo &info, const QSet<quint32> &passOver = {})
+    int scheduleAt(quint64 now, TrackInfo &info)
     {
-        return scheduler.schedule(*system, QStringLiteral("T1"), info, {now, Rate}, notes,
-                                  passOver);
+        return scheduler.schedule(*system, QStringLiteral("T1"), info, {now, Rate}, notes);
     }
 
-    QString messageAt(quint64 now, TrackInfo &info, const QSet<quint32> &passOver = {})
+    QString messageAt(quint64 now, TrackInfo &info)
     {
         try {
-            scheduleAt(now, info, passOver);
+            scheduleAt(now, info);
         } catch (const QString &message) {
             return message;
         }
@@ -86,7 +85,9 @@ public:
             failures.push_back(result);
     };
     SoundCache sounds{check};
-    NoteScheduler scheduler{sounds, check};
+    QStringList passedOver; // why
+    NoteScheduler scheduler{sounds, check, &InstrumentSample::randomFile,
+                            [this](const QString &message) { passedOver.append(message); }};
     ActiveNotes notes;
 };
 
@@ -114,7 +115,11 @@ private slots:
     void passesOverOtherEvents();
     void loadsAllBeforeItPlaysAny();
     void leavesAllAsItWasWhenItThrows();
-    void passesOverTheEventsItIsTold();
+    void passesOverTheEventThatFailed();
+    void doesNotTryTheFailedEventAgain();
+    void passesOverAllThatFailAfterTheFirst();
+    void staysLenientUntilAnEventIsDue();
+    void passesOverNotesOfAnUnplayableTrack();
     void throwsWhatLoadingThrows();
     void doesNotLookUpNotesThatAreNotDue();
     void keepsASilentNoteWithoutASound();
@@ -313,17 +318,62 @@ void tst_NoteScheduler::leavesAllAsItWasWhenItThrows()
     QVERIFY(!stage.fake.functions().contains(QStringLiteral("FMOD_System_PlaySound")));
 }
 
-void tst_NoteScheduler::passesOverTheEventsItIsTold()
+void tst_NoteScheduler::passesOverTheEventThatFailed()
 {
     Stage stage;
-    TrackInfo info = playing({quarter(60, 0), quarter(98, 1), quarter(99, 2), quarter(62, 3)});
+    TrackInfo info = playing({quarter(60, 0), quarter(98, 1), quarter(62, 3)});
     QCOMPARE(stage.messageAt(0, info), QStringLiteral("Invalid note index"));
-    QCOMPARE(stage.scheduler.failedEvent(), 1U);
-    QCOMPARE(stage.messageAt(0, info, {1}), QStringLiteral("Invalid note index"));
-    QCOMPARE(stage.scheduler.failedEvent(), 2U);
-    QCOMPARE(stage.scheduleAt(0, info, {1, 2}), 2);
-    QCOMPARE(stage.notes.at(1).eventIndex, 3U);
+    info.failedEvent = stage.scheduler.failedEvent();
+    QCOMPARE(info.failedEvent, std::optional<quint32>(1));
+    QCOMPARE(stage.scheduleAt(0, info), 2);
+    QCOMPARE(stage.notes.at(1).eventIndex, 2U);
     QVERIFY(info.isScheduled());
+    QVERIFY(!info.failedEvent);
+    QCOMPARE(stage.passedOver, QStringList());
+}
+
+void tst_NoteScheduler::doesNotTryTheFailedEventAgain()
+{
+    Stage stage;
+    TrackInfo info = playing({quarter(60, 0), quarter(62, 1)});
+    info.failedEvent = 0; // what failed then may well work now
+    QCOMPARE(stage.scheduleAt(0, info), 1);
+    QCOMPARE(stage.notes.front().eventIndex, 1U);
+}
+
+void tst_NoteScheduler::passesOverAllThatFailAfterTheFirst()
+{
+    Stage stage;
+    TrackInfo info = playing({quarter(97, 0), quarter(60, 1), quarter(98, 2), quarter(62, 3),
+                              quarter(99, 4), quarter(96, 30240)});
+    info.failedEvent = 0;
+    QCOMPARE(stage.scheduleAt(0, info), 2);
+    QCOMPARE(info.nextEvent, 5U);
+    QCOMPARE(
+        stage.passedOver,
+        (QStringList{QStringLiteral("Invalid note index"), QStringLiteral("Invalid note index")}));
+    // The next time it is strict again.
+    QCOMPARE(stage.messageAt(24000, info), QStringLiteral("Invalid note index"));
+    QCOMPARE(stage.scheduler.failedEvent(), 5U);
+}
+
+void tst_NoteScheduler::staysLenientUntilAnEventIsDue()
+{
+    Stage stage;
+    TrackInfo info = playing({quarter(99, 30240)});
+    info.failedEvent = 0;
+    QCOMPARE(stage.scheduleAt(0, info), 0);
+    QVERIFY(info.failedEvent);
+}
+
+void tst_NoteScheduler::passesOverNotesOfAnUnplayableTrack()
+{
+    Stage stage;
+    TrackInfo info = playing({quarter(99, 0), TrackEvent::makeTempo(3024, 1, 4, 240)});
+    info.unplayable = true;
+    QCOMPARE(stage.scheduleAt(0, info), 0);
+    QVERIFY(info.isScheduled());
+    QCOMPARE(info.ticksPerMinute, quint64(7257600));
 }
 
 void tst_NoteScheduler::throwsWhatLoadingThrows()

@@ -59,6 +59,7 @@ private slots:
     void loadsFromAPackageWithAZeroFilledRecord();
     void throwsForAPackagePathWithoutSeparator();
     void throwsWhatThePackageReaderThrows();
+    void looksAtABrokenPathOnlyOnce();
     void remembersASoundThatCouldNotBeMade();
     void releasesAllAndForgets();
 };
@@ -123,6 +124,20 @@ void tst_SoundCache::throwsWhatThePackageReaderThrows()
     QCOMPARE(stage.messageOf(QStringLiteral("pak://%1::/d4.ogg").arg(package)),
              QStringLiteral("File not found"));
     QCOMPARE(stage.fake.calls(), QStringList());
+}
+
+void tst_SoundCache::looksAtABrokenPathOnlyOnce()
+{
+    QTemporaryDir dir;
+    const QString package = packageWith(dir, QStringLiteral("/c4.ogg"), "OggS");
+    const QString path = QStringLiteral("pak://%1::/d4.ogg").arg(package);
+    Stage stage;
+    QCOMPARE(stage.messageOf(path), QStringLiteral("File not found"));
+    packageWith(dir, QStringLiteral("/d4.ogg"), "OggS");
+    QCOMPARE(stage.messageOf(path), QStringLiteral("File not found"));
+    stage.cache.forgetFailures();
+    QCOMPARE(stage.messageOf(path), QStringLiteral("nothing thrown"));
+    stage.cache.releaseAll();
 }
 
 void tst_SoundCache::remembersASoundThatCouldNotBeMade()

@@ -44,6 +44,7 @@ private slots:
     void movesTheOriginAtATempo();
     void keepsTheOriginAtATempoBeforeIt();
     void ignoresAnEventOfTempo0();
+    void endsWhenTheLastNoteHasFaded();
     void isScheduledBehindTheLastEvent();
 };
 
@@ -177,6 +178,17 @@ void tst_TrackInfo::ignoresAnEventOfTempo0()
     info.passTempo(TrackEvent::makeTempo(30240, 1, 0, 240), 48000);
     QCOMPARE(info.originTick, quint64(0));
     QCOMPARE(info.ticksPerMinute, quint64(3628800));
+}
+
+void tst_TrackInfo::endsWhenTheLastNoteHasFaded()
+{
+    TrackInfo info = atDefaultTempo(1000, 0);
+    QCOMPARE(info.endDsp(48000), quint64(1000));
+    info.track.addEvent(TrackEvent::makeNote(60, 0, 60480));
+    info.track.addEvent(TrackEvent::makeTempo(30240, 1, 4, 240));
+    info.track.addEvent(TrackEvent::makeNote(60, 30240, 30240));
+    // The long note began at the old tempo, which it keeps; the short one is over before it.
+    QCOMPARE(info.endDsp(48000), quint64(1000 + 48000));
 }
 
 void tst_TrackInfo::isScheduledBehindTheLastEvent()

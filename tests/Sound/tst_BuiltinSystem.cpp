@@ -148,7 +148,7 @@ private slots:
     void settingsCanBeMadeBeforeInit();
     void callsBeforeInitFail();
     void nullPointersAreRefused();
-    void onlyTheWaveWriterIsAnOutput();
+    void otherOutputsAreRefused();
     void fileThatCannotBeWrittenFailsInit();
     void initIsDoneOnce();
     void formatIs48kHzStereo();
@@ -285,9 +285,10 @@ void tst_BuiltinSystem::nullPointersAreRefused()
     QCOMPARE(channel->setChannelGroup(nullptr), FMOD_ERR_INVALID_PARAM);
 }
 
-void tst_BuiltinSystem::onlyTheWaveWriterIsAnOutput()
+void tst_BuiltinSystem::otherOutputsAreRefused()
 {
     const SystemPtr system = createSystem();
+    QCOMPARE(system->setOutput(static_cast<FMOD_OUTPUTTYPE>(2)), FMOD_OK);
     QCOMPARE(system->init(2048, FMOD_INIT_NORMAL, nullptr), FMOD_ERR_OUTPUT_INIT);
 }
 

@@ -52,6 +52,9 @@ private slots:
     void jobsMemoryGoesWithTheJob();
     void whatNobodyHoldsIsNotMade();
     void longQueueIsWorkedOffByTheCaller();
+    void queueMayBeLongerWhereNobodyHasTime();
+    void callerStandsInForThreadsThatAreMissing();
+    void callerDoesNotStandInForThreads();
     void endWaitsForTheRunningAndLeavesTheRest();
     void numberOfThreadsIsSensible();
 };
@@ -223,6 +226,51 @@ void tst_PreparePool::longQueueIsWorkedOffByTheCaller()
     QCOMPARE(runs.load(), 1);
     QVERIFY(all.front()->isDone());
     QVERIFY(!all.back()->isDone());
+}
+
+void tst_PreparePool::queueMayBeLongerWhereNobodyHasTime()
+{
+    std::atomic<int> runs{0};
+    PreparePool pool(0);
+    pool.setMaxQueued(PreparePool::MaxQueuedLive);
+    std::vector<std::shared_ptr<Preparation>> all;
+    for (std::size_t i = 0; i < 512; ++i)
+        all.push_back(pool.add(counting(runs)));
+    QCOMPARE(runs.load(), 0);
+    all.push_back(pool.add(counting(runs)));
+    QCOMPARE(runs.load(), 1);
+}
+
+void tst_PreparePool::callerStandsInForThreadsThatAreMissing()
+{
+    std::atomic<int> runs{0};
+    PreparePool pool(0);
+    pool.standIn(); // has nothing to do
+    const auto first = pool.add(counting(runs));
+    pool.add(counting(runs)); // nobody holds it
+    const auto last = pool.add(counting(runs));
+    pool.standIn();
+    QVERIFY(first->isDone());
+    pool.standIn();
+    QVERIFY(!last->isDone());
+    pool.standIn();
+    QVERIFY(last->isDone());
+    pool.standIn();
+    QCOMPARE(runs.load(), 2);
+}
+
+void tst_PreparePool::callerDoesNotStandInForThreads()
+{
+    std::atomic<int> runs{0};
+    Gate gate;
+    PreparePool pool(1);
+    const auto busy = pool.add(gate.job());
+    gate.started.get_future().wait();
+    const auto queued = pool.add(counting(runs));
+    pool.standIn();
+    QCOMPARE(runs.load(), 0);
+    gate.opened.set_value();
+    QCOMPARE(queued->sample().frames(), std::size_t{1});
 }
 
 void tst_PreparePool::endWaitsForTheRunningAndLeavesTheRest()

@@ -69,6 +69,13 @@ void makeDrum(const QString &directory, const char *name)
 
 } // namespace
 
+const QByteArray SmallGameLog =
+    "quillmoor-cli: tryGetFile failed on /items/instruments/none.png: File not found\n"
+    "quillmoor-cli: No icon file found for instrument Drum!\n";
+
+const QByteArray EndlessTune =
+    "X:1\nT:Long\nM:4/4\nL:4/1\nQ:1/4=1\nK:C\n" + QByteArray("C ").repeated(75) + "\n";
+
 void makeInstrumentTree(const QString &directory)
 {
     makeDrum(directory, "Drum");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 /// A game directory that is made in no time: two instruments in its package and one in a mod.
@@ -11,3 +12,9 @@ void makeSmallGame(const QString &directory);
 
 /// The directory tree of a mod with the instruments "Lute" and "Drum".
 void makeInstrumentTree(const QString &directory);
+
+/// What is said on standard error when the game's instruments are read: an icon is missing.
+extern const QByteArray SmallGameLog;
+
+/// Twenty hours of a note that every instrument of the game has.
+extern const QByteArray EndlessTune;

@@ -54,6 +54,8 @@ void tst_Program::helpExplainsACommand()
 {
     COMPARE_OUTCOME(runProgram(args({"render", "--help"})), 0,
                     fileContents(QFINDTESTDATA("data/help-render.txt")), "");
+    COMPARE_OUTCOME(runProgram(args({"play", "--help"})), 0,
+                    fileContents(QFINDTESTDATA("data/help-play.txt")), "");
     COMPARE_OUTCOME(runProgram(args({"abc", "--help"})), 0,
                     fileContents(QFINDTESTDATA("data/help-abc.txt")), "");
 }

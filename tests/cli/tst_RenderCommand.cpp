@@ -65,11 +65,6 @@ private:
 
 namespace {
 
-/// The icon that the test's game lacks.
-const QByteArray GameLog =
-    "quillmoor-cli: tryGetFile failed on /items/instruments/none.png: File not found\n"
-    "quillmoor-cli: No icon file found for instrument Drum!\n";
-
 constexpr int BytesPerFrame = 4;
 
 /// The sound of a wave file.
@@ -122,10 +117,6 @@ QByteArray midiWithoutNotes()
     return MidiBuilder::file({tempo(0, 500000)});
 }
 
-/// Twenty hours.
-const QByteArray Endless =
-    "X:1\nT:Long\nM:4/4\nL:4/1\nQ:1/4=1\nK:C\n" + QByteArray("C ").repeated(75) + "\n";
-
 } // namespace
 
 void tst_RenderCommand::initTestCase()
@@ -159,7 +150,7 @@ ProgramRun::Outcome tst_RenderCommand::run(const QStringList &more)
 void tst_RenderCommand::tuneBecomesAWaveFile()
 {
     const ProgramRun::Outcome outcome = run(args({"out.wav", "lute.abc"}));
-    QCOMPARE(outcome.errors, GameLog);
+    QCOMPARE(outcome.errors, SmallGameLog);
     QCOMPARE(outcome.status, 0);
     const QJsonObject result = object(outcome.output);
     const int frames = result.value(QStringLiteral("frames")).toInt();
@@ -241,7 +232,7 @@ void tst_RenderCommand::instrumentIsChosenAsInTheMainWindow()
 void tst_RenderCommand::unknownInstrumentIsAFailure()
 {
     COMPARE_OUTCOME(run(args({"out.wav", "--instrument", "lute", "plain.abc"})), 1, "",
-                    GameLog + "quillmoor-cli: Instrument 'lute' not found.\n");
+                    SmallGameLog + "quillmoor-cli: Instrument 'lute' not found.\n");
     QVERIFY(!QFile::exists(path("out.wav")));
 }
 
@@ -256,7 +247,7 @@ void tst_RenderCommand::unmappedNoteIsNamed()
     tune("a.abc", "I:instrument Lute\nK:C\nCCCC|CCC^c|\n");
     COMPARE_OUTCOME(
         run(args({"out.wav", "a.abc"})), 1, "",
-        GameLog
+        SmallGameLog
             + "quillmoor-cli: a.abc: track 1, bar 2: the instrument 'Lute' has no note C#5 (^c in "
               "ABC).\n"
               "quillmoor-cli: Nothing was rendered; --skip-unmapped leaves such notes out.\n");
@@ -269,7 +260,7 @@ void tst_RenderCommand::unmappedNotesOfAllFilesAreNamed()
     tune("b.abc", "K:C\nCD\n");
     COMPARE_OUTCOME(
         run(args({"out.wav", "a.abc", "plain.abc", "b.abc"})), 1, "",
-        GameLog
+        SmallGameLog
             + "quillmoor-cli: a.abc: track 1, bar 1: the instrument 'Drum' has no note D4 (D in "
               "ABC) "
               "(and 2 more).\n"
@@ -314,7 +305,7 @@ void tst_RenderCommand::unwritableOutputIsReported()
     const ProgramRun::Outcome outcome = run(args({"nowhere/out.wav", "plain.abc"}));
     QCOMPARE(outcome.status, 1);
     QCOMPARE(outcome.output, QByteArray());
-    QVERIFY2(outcome.errors.size() > GameLog.size(), outcome.errors);
+    QVERIFY2(outcome.errors.size() > SmallGameLog.size(), outcome.errors);
 }
 
 void tst_RenderCommand::badUsageIsRefused_data()
@@ -363,7 +354,7 @@ void tst_RenderCommand::emptyTuneGivesOneSilentBlock()
                     "{\"file\":\"out.wav\",\"seconds\":0.021333333333333333,\"frames\":1024,"
                     "\"notes\":0,\"peak\":0.0,"
                     "\"clipped\":0}\n",
-                    GameLog);
+                    SmallGameLog);
     QCOMPARE(samplesOf(file("out.wav")).size(), 1024 * BytesPerFrame);
 }
 
@@ -393,7 +384,7 @@ void tst_RenderCommand::signalLeavesNothingBehind()
 {
     QFETCH(int, signal);
     QFETCH(int, times);
-    makeFile(path("long.abc"), Endless);
+    makeFile(path("long.abc"), EndlessTune);
     Terminal terminal;
     ProgramRun program(arguments(args({"out.wav", "long.abc"})));
     program.workingDirectory(m_dir->path()).inChild([&] { dup2(terminal.slave(), STDERR_FILENO); });
@@ -409,7 +400,7 @@ void tst_RenderCommand::signalLeavesNothingBehind()
 
 void tst_RenderCommand::signalKeepsTheOldFile()
 {
-    makeFile(path("long.abc"), Endless);
+    makeFile(path("long.abc"), EndlessTune);
     makeFile(path("out.wav"), "an older file");
     Terminal terminal;
     ProgramRun program(arguments(args({"out.wav", "long.abc"})));
@@ -423,7 +414,7 @@ void tst_RenderCommand::signalKeepsTheOldFile()
 
 void tst_RenderCommand::limitOnFileSizeLeavesNothingBehind()
 {
-    makeFile(path("long.abc"), Endless);
+    makeFile(path("long.abc"), EndlessTune);
     const QStringList before = listing(m_dir->path());
     ProgramRun program(arguments(args({"out.wav", "long.abc"})));
     program.workingDirectory(m_dir->path()).inChild([] {
@@ -444,7 +435,7 @@ void tst_RenderCommand::everyTrackOfAMidiFileIsAPart()
     tune("2.abc", "K:C\nzC\n");
     const ProgramRun::Outcome midi = run(args({"midi.wav", "a.mid"}));
     const ProgramRun::Outcome tunes = run(args({"tunes.wav", "1.abc", "2.abc", "1.abc"}));
-    QCOMPARE(midi.errors, GameLog);
+    QCOMPARE(midi.errors, SmallGameLog);
     QVERIFY2(midi.output.contains(",\"notes\":3,"), midi.output);
     QVERIFY(peaks(file("midi.wav")).left > 1000);
     QCOMPARE(file("midi.wav"), file("tunes.wav"));
@@ -468,7 +459,7 @@ void tst_RenderCommand::percussionIsPlayedAsAnyTrack()
     QVERIFY2(run(args({"out.wav", "a.mid"})).errors.contains("the instrument 'Drum' has no note"),
              "the first of the game");
     const ProgramRun::Outcome outcome = run(args({"out.wav", "--instrument", "Lute", "a.mid"}));
-    COMPARE_OUTCOME(outcome, 0, outcome.output, GameLog);
+    COMPARE_OUTCOME(outcome, 0, outcome.output, SmallGameLog);
     QVERIFY(peaks(file("out.wav")).left > 1000);
 }
 
@@ -476,7 +467,7 @@ void tst_RenderCommand::unmappedNoteOfATrackIsNamed()
 {
     makeFile(path("a.mid"), MidiBuilder::file({note(0, 60), note(1, 62).repeated(5), note(2, 63)}));
     COMPARE_OUTCOME(run(args({"out.wav", "a.mid"})), 1, "",
-                    GameLog
+                    SmallGameLog
                         + "quillmoor-cli: a.mid: track 2, bar 1: the instrument 'Drum' has no note "
                           "D4 (D in ABC) (and 4 more).\n"
                           "quillmoor-cli: a.mid: track 3, bar 1: the instrument 'Drum' has no note "
@@ -528,7 +519,7 @@ void tst_RenderCommand::midiWithoutNotesIsLeftOut()
     COMPARE_OUTCOME(run(args({"out.wav", "none.mid"})), 1, "",
                     note + "quillmoor-cli: Nothing was rendered.\n");
     const ProgramRun::Outcome outcome = run(args({"out.wav", "none.mid", "plain.abc"}));
-    COMPARE_OUTCOME(outcome, 0, outcome.output, note + GameLog);
+    COMPARE_OUTCOME(outcome, 0, outcome.output, note + SmallGameLog);
     QVERIFY2(outcome.output.contains(",\"notes\":1,"), outcome.output);
 }
 
