@@ -252,10 +252,7 @@ void tst_SoundServer::soundComesBackFromAKilledServer()
 {
     Trial trial;
     for (int attempt = 0; attempt < Attempts; ++attempt) {
-        MessageCapture capture;
         trial = killAndRestart();
-        if (trial.failure.isEmpty())
-            QCOMPARE(capture.texts(), QStringList{QStringLiteral("The sound device was lost.")});
         if (trial.failure.isEmpty() || !trial.wasBusy)
             break;
     }
@@ -264,6 +261,7 @@ void tst_SoundServer::soundComesBackFromAKilledServer()
 
 tst_SoundServer::Trial tst_SoundServer::killAndRestart()
 {
+    const MessageCapture capture; // a server that starts may come and go, and it be told
     std::unique_ptr<ClickPlayer> player;
     SoundServer server([&] { player != nullptr ? player->play() : sleep(); });
     if (!server.start())
@@ -278,8 +276,10 @@ tst_SoundServer::Trial tst_SoundServer::killAndRestart()
     const quint64 killed = player->clock();
     player->playUntil([&] { return player->clock() >= killed + 2 * 48000; });
     const milliseconds standstill = player->watch().longestGap();
-    if (player->problem() != QStringLiteral("No sound server was found."))
-        return {player->problem(), false};
+    const QStringList told = capture.texts();
+    if (player->problem() != QStringLiteral("No sound server was found.")
+        || told != QStringList{QStringLiteral("The sound device was lost.")})
+        return {player->problem() + told.join(QLatin1Char('\n')), false};
 
     if (!server.start())
         return {server.report(), false};
