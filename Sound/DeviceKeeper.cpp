@@ -12,7 +12,8 @@ using SteadyClock = std::chrono::steady_clock;
 constexpr milliseconds RetryInterval{500};
 constexpr milliseconds WatchInterval{20};
 constexpr milliseconds LongestAnswer{1000};
-constexpr milliseconds LongestStandstill{2000}; // then the device is opened anew
+// Then the device is opened anew. An idle null sink of PulseAudio first pauses for 2 s.
+constexpr milliseconds LongestStandstill{3000};
 
 } // namespace
 

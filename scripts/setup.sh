@@ -9,8 +9,10 @@ set -euo pipefail
 # To build the program and to run it.
 run_packages=(cmake ninja-build g++ ccache pkg-config qtbase5-dev libsndfile1-dev libsoxr-dev
     libpcre2-dev libvorbis-dev libogg-dev libsdl2-dev)
-# Without a font the tests that draw would draw boxes. midicsv is a second reader of MIDI files.
-test_packages=(fonts-dejavu-core midicsv)
+# Without a font the tests that draw would draw boxes. midicsv is a second reader of MIDI files. The
+# others are a sound server that the tests start for themselves, and what records it.
+test_packages=(fonts-dejavu-core midicsv pipewire pipewire-bin pipewire-pulse wireplumber
+    dbus-daemon pulseaudio-utils)
 # rsvg-convert draws the icons.
 check_packages=(git clang clang-format clang-tidy libclang-rt-14-dev librsvg2-bin)
 # What the benchmarks compare with.

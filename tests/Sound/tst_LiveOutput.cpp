@@ -189,9 +189,10 @@ void tst_LiveOutput::outageIsLoggedOnce()
     QTRY_VERIFY(source.frames() >= 17 * 4800); // it has looked again a few times
     output.stop();
     QCOMPARE(capture.texts(), QStringList{QString::fromLatin1(NoDevice)});
-    QCOMPARE(capture.messages().first().type, QtWarningMsg);
-    QCOMPARE(capture.messages().first().file, QStringLiteral("Sound/LiveOutput"));
-    QCOMPARE(capture.messages().first().function, QStringLiteral("void LiveOutput::logOutages()"));
+    const MessageCapture::Message message = capture.messages().at(0);
+    QCOMPARE(message.type, QtWarningMsg);
+    QCOMPARE(message.file, QStringLiteral("Sound/LiveOutput"));
+    QCOMPARE(message.function, QStringLiteral("void LiveOutput::logOutages()"));
 }
 
 void tst_LiveOutput::foreignLibrariesAreQuiet_data()

@@ -3,8 +3,10 @@
 #include <QStringList>
 #include <QVector>
 
+#include <mutex>
+
 /// Collects what is written to Qt's message log while it lives, in place of the usual output.
-/// One at a time; its thread only reads while nobody else logs.
+/// One at a time. Any thread may log; one that still does while the object goes must be gone first.
 class MessageCapture {
 public:
     struct Message {
@@ -18,7 +20,8 @@ public:
     ~MessageCapture();
     Q_DISABLE_COPY(MessageCapture)
 
-    const QVector<Message> &messages() const { return m_messages; }
+    /// Those so far.
+    QVector<Message> messages() const;
     QStringList texts() const;
 
 private:
@@ -26,5 +29,6 @@ private:
 
     static MessageCapture *s_current;
     QtMessageHandler m_previous;
+    mutable std::mutex m_mutex; // for what follows
     QVector<Message> m_messages;
 };
