@@ -53,7 +53,8 @@ FieldValues::Key readKey(const FieldExpression &field, const QString &value)
         return key;
     }
     key.tonic = match.captured(field.tonic).toString().toUpper();
-    const quint32 mode = KeyTable::mode(match.captured(field.mode).toString().toUpper());
+    key.modeName = match.captured(field.mode).toString().toUpper();
+    const quint32 mode = KeyTable::mode(key.modeName);
     if (const auto row = KeyTable::row(key.tonic, mode)) {
         key.row = *row;
         key.mode = mode;

@@ -56,7 +56,8 @@ struct Key {
     quint32 row = 7;
     quint32 mode = 0;
     Problem problem = None;
-    QString tonic; // in upper case
+    QString tonic;    // in upper case
+    QString modeName; // in upper case; empty when the value names none
 };
 /// As the parser reads it: the first key anywhere in the value.
 Key key(const QString &value);

@@ -25,17 +25,17 @@ const std::array<Dial, Count> &dials();
 
 using Positions = std::array<int, Count>;
 
-/// The divisions of a whole note at a position within the dial's range; 0 for no grid.
+/// The divisions of a whole note at a position of the dial (0..4, in the order of dials()); 0 for
+/// no grid. A position outside of the dial's range counts as the nearest within, here and below.
 int division(int dial, int position);
 
 /// What is shown below the dial: "Whole", "None", or the division as in "96ths".
 QString label(int dial, int position);
 
-/// The grids for realignTrack(). A position outside of its dial's range counts as the nearest
-/// within.
+/// The grids for realignTrack(), in the order of the dials.
 QVector<int> divisions(const Positions &positions);
 
-/// The number with the plural ending of its fraction: "2nds", "3rds", "12ths", "72nds".
+/// A number from 1 on with the plural ending of its fraction: "2nds", "3rds", "12ths", "72nds".
 QString fractionName(int number);
 
 } // namespace RealignDials

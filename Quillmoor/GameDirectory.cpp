@@ -11,12 +11,25 @@ bool isGameDirectory(const QDir &directory)
         && program.exists(QStringLiteral("quillmoor.exe"));
 }
 
+bool isGameDirectory(const QString &path)
+{
+    return QFileInfo(path).isDir() && isGameDirectory(QDir(path));
+}
+
 QString usualGameDirectory()
 {
     for (const QString &home : QStandardPaths::standardLocations(QStandardPaths::HomeLocation)) {
-        const QFileInfo candidate(home + QStringLiteral("/.steam/root/SteamApps/common/Quillmoor"));
-        if (candidate.isDir() && isGameDirectory(QDir(candidate.filePath())))
-            return candidate.canonicalFilePath();
+        const QString candidate = home + QStringLiteral("/.steam/root/SteamApps/common/Quillmoor");
+        if (isGameDirectory(candidate))
+            return QFileInfo(candidate).canonicalFilePath();
     }
     return {};
+}
+
+std::optional<QString> namedGameDirectory(const std::optional<QString> &option)
+{
+    const QString variable = qEnvironmentVariable("QUILLMOOR_GAME");
+    if (option || variable.isEmpty())
+        return option;
+    return variable;
 }

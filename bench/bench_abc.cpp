@@ -7,53 +7,21 @@
 #include "ABC/ABCGenerator.h"
 #include "ABC/ABCParser.h"
 
+#include "PeerProgram.h"
+
 #include <QCoreApplication>
 #include <QDirIterator>
 #include <QFile>
 #include <QLoggingCategory>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
-#include <sys/resource.h>
-
-#include <algorithm>
 #include <cstdio>
-#include <ctime>
+
+using namespace Bench;
 
 namespace {
 
 constexpr int Repetitions = 10;
-constexpr int Rounds = 5;
-
-double ownSeconds()
-{
-    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
-}
-
-double seconds(const timeval &time)
-{
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
-}
-
-double childSeconds()
-{
-    rusage usage{};
-    getrusage(RUSAGE_CHILDREN, &usage);
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
-/// The least time of some rounds, in seconds.
-template <typename Clock, typename Work> double timed(Clock clock, Work work)
-{
-    double best = 1e9;
-    for (int round = 0; round < Rounds; ++round) {
-        const double start = clock();
-        work();
-        best = std::min(best, clock() - start);
-    }
-    return best;
-}
 
 QList<QByteArray> readTunes(const QString &directory)
 {
@@ -107,30 +75,6 @@ void write(const QString &path, const QByteArray &bytes)
         file.write(bytes);
 }
 
-void run(const QString &directory, const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.setWorkingDirectory(directory);
-    process.setStandardOutputFile(QProcess::nullDevice());
-    process.setStandardErrorFile(QProcess::nullDevice());
-    process.start(program, arguments);
-    process.waitForFinished(-1);
-}
-
-bool isMissing(const char *program)
-{
-    if (!QStandardPaths::findExecutable(QLatin1String(program)).isEmpty())
-        return false;
-    std::printf("%-34s absent (Debian package abcmidi)\n", program);
-    return true;
-}
-
-void print(const char *name, double amount, const char *unit, double time, double reference)
-{
-    std::printf("%-34s %9.2f %-8s %7.1f ms %8.2f x\n", name, amount / time / 1e6, unit, time * 1e3,
-                time / reference);
-}
-
 void benchReading(const QList<QByteArray> &tunes, const QString &directory)
 {
     QByteArray text;
@@ -145,7 +89,7 @@ void benchReading(const QList<QByteArray> &tunes, const QString &directory)
     const double size = text.size();
     std::printf("reading %.2f MB of tunes\n", size / 1e6);
     print("ABCParser", size, "MB/s", own, own);
-    if (isMissing("abc2midi"))
+    if (isMissing("abc2midi", "abcmidi"))
         return;
     write(directory + QStringLiteral("/all.abc"), text);
     const auto peer = [&](const QStringList &options) {
@@ -170,7 +114,7 @@ void benchWriting(const QList<Track> &tracks, const QString &directory)
     std::printf("\nwriting %.0f notes\n", notes);
     print("ABCGenerator", Repetitions * text.size(), "MB/s", own, own);
     print("", notes, "Mnotes/s", own, own);
-    if (isMissing("midi2abc") || isMissing("abc2midi"))
+    if (isMissing("midi2abc", "abcmidi") || isMissing("abc2midi", "abcmidi"))
         return;
     write(directory + QStringLiteral("/joined.abc"), text);
     run(directory, QStringLiteral("abc2midi"),

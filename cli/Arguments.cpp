@@ -139,6 +139,14 @@ double OptionValues::number(const char *name, double fallback) const
     return has(name) ? value(name).toDouble() : fallback;
 }
 
+QStringList texts(const QVector<Operand> &operands)
+{
+    QStringList result;
+    for (const Operand &operand : operands)
+        result.append(operand.text);
+    return result;
+}
+
 Arguments Arguments::parse(const QStringList &arguments, const QVector<Option> &options)
 {
     Parser parser(arguments, options);
@@ -157,5 +165,15 @@ QString checkNumber(const QString &value, double low, double high)
     if (isNumber && number >= low && number <= high) // false for NaN
         return {};
     return QStringLiteral("'%1' is not a number from %2 to %3.")
+        .arg(value, QString::number(low), QString::number(high));
+}
+
+QString checkInteger(const QString &value, int low, int high)
+{
+    bool isInteger = false;
+    const int number = value.toInt(&isInteger);
+    if (isInteger && number >= low && number <= high)
+        return {};
+    return QStringLiteral("'%1' is not a whole number from %2 to %3.")
         .arg(value, QString::number(low), QString::number(high));
 }

@@ -53,6 +53,9 @@ struct Operand {
     OptionValues options; ///< those of scope FilesAfter
 };
 
+/// What the operands are, without their options.
+QStringList texts(const QVector<Operand> &operands);
+
 /// A command's arguments, taken apart.
 ///
 /// Options and operands may be mixed. A value follows its option as the next argument, whatever
@@ -75,5 +78,6 @@ private:
     QVector<Operand> m_operands;
 };
 
-/// A check for options that take a number from `Low` to `High`.
+/// For checks of options that take a number, or a whole number, from `low` to `high`.
 QString checkNumber(const QString &value, double low, double high);
+QString checkInteger(const QString &value, int low, int high);

@@ -13,6 +13,7 @@ namespace {
 constexpr int ProgressIntervalMs = 100;
 
 Console *logConsole = nullptr;
+thread_local Console::Subject *subject = nullptr;
 
 void waitUntilWritable(int descriptor)
 {
@@ -88,6 +89,7 @@ void Console::clearProgress()
 {
     const std::lock_guard lock(m_mutex);
     clearProgressLocked();
+    m_sinceProgress.invalidate();
 }
 
 void Console::takeLog()
@@ -97,17 +99,30 @@ void Console::takeLog()
     qInstallMessageHandler(logMessage);
 }
 
-Console::Subject::Subject(Console &console, const QString &file)
-    : m_console(console)
+Console::Subject::Subject(const QString &file)
+    : m_prefix(file + QStringLiteral(": "))
 {
-    const std::lock_guard lock(m_console.m_mutex);
-    m_console.m_subject = file + QStringLiteral(": ");
+    subject = this;
 }
 
 Console::Subject::~Subject()
 {
-    const std::lock_guard lock(m_console.m_mutex);
-    m_console.m_subject.clear();
+    subject = nullptr;
+}
+
+/// One that comes again and again is kept once.
+void Console::Subject::keep(const QString &text)
+{
+    const QString message = m_prefix + text;
+    const bool isRepeated = !m_log.isEmpty() && m_log.constLast() == message;
+    m_log.append(isRepeated ? m_log.constLast() : message);
+}
+
+void Console::showLog(const QStringList &log)
+{
+    const std::lock_guard lock(m_mutex);
+    for (const QString &text : log)
+        logLocked(text);
 }
 
 void Console::logMessage(QtMsgType type, const QMessageLogContext & /*context*/,
@@ -115,8 +130,10 @@ void Console::logMessage(QtMsgType type, const QMessageLogContext & /*context*/,
 {
     if (type == QtDebugMsg || type == QtInfoMsg)
         return;
-    const std::lock_guard lock(logConsole->m_mutex);
-    logConsole->logLocked(logConsole->m_subject + text.trimmed());
+    if (subject != nullptr)
+        subject->keep(text.trimmed());
+    else
+        logConsole->showLog({text.trimmed()});
 }
 
 void Console::logLocked(const QString &text)

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QString>
+#include <QStringList>
 #include <QtGlobal>
 
 #include <mutex>
@@ -36,23 +37,35 @@ public:
     /// Shows how far long work has come, on a terminal only: a line that the next one replaces
     /// and any other output removes. Changes are shown at most ten times a second.
     void progress(const QString &text);
+    /// The work is done: the progress of the next is shown at once.
     void clearProgress();
 
     /// Sends the messages of Qt's log through message() from now on, until this object goes. One
     /// that comes again and again is shown once and then counted.
     void takeLog();
 
-    /// For its lifetime, messages of the log are about this file and say so.
+    /// For its lifetime, the messages that the log has on this thread are about this file: they
+    /// say so, and wait here for showLog(). So files may be read at the same time, and what there
+    /// is to say of each is still shown in the files' order.
     class Subject {
     public:
-        Subject(Console &console, const QString &file);
+        explicit Subject(const QString &file);
         ~Subject();
         Subject(const Subject &) = delete;
         Subject &operator=(const Subject &) = delete;
 
+        const QStringList &log() const { return m_log; }
+
     private:
-        Console &m_console;
+        friend class Console;
+        void keep(const QString &text);
+
+        const QString m_prefix;
+        QStringList m_log;
     };
+
+    /// Shows the messages that a Subject has kept.
+    void showLog(const QStringList &log);
 
 private:
     static void logMessage(QtMsgType type, const QMessageLogContext &context, const QString &text);
@@ -66,7 +79,6 @@ private:
     const bool m_isTerminal;
     bool m_progressShown = false;
     bool m_takesLog = false;
-    QString m_subject;
     QString m_lastLogged;
     int m_repetitions = 0;
     QElapsedTimer m_sinceProgress;

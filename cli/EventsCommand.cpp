@@ -2,12 +2,16 @@
 #include "cli/Console.h"
 #include "cli/Tunes.h"
 
+#include <utility>
+#include <vector>
+
 namespace {
 
 const char *const Description =
     "Prints the music of each file, as the program understands it, as a JSON object on a line\n"
-    "of its own. A file that cannot be read gives {\"file\":...,\"error\":...} and makes the exit\n"
-    "status 1. FILE may be - for standard input. Times are ticks of 1/120960 of a whole note.\n";
+    "of its own; a MIDI file gives one for each of its tracks that has notes. A file that cannot\n"
+    "be read gives {\"file\":...,\"error\":...} and makes the exit status 1. FILE may be - for\n"
+    "standard input. Times are ticks of 1/120960 of a whole note.\n";
 
 void writeHeaders(JsonWriter &json, const Track &track)
 {
@@ -95,29 +99,31 @@ JsonWriter errorObject(const QString &file, const QString &error)
     return json.beginObject().member("file", file).member("error", error).endObject();
 }
 
-/// False for a file that cannot be read.
-bool printFile(const QString &file, Console &console)
+QByteArray trackLines(const QString &file, const QList<Track> &tracks)
 {
-    Track track;
-    try {
-        const Console::Subject subject(console, file);
-        track = Tunes::read(file);
-    } catch (const QString &error) {
-        console.line(errorObject(file, error));
-        return false;
-    }
-    console.line(trackObject(file, 1, track));
-    return true;
+    QByteArray lines;
+    for (int i = 0; i < tracks.size(); ++i)
+        lines += trackObject(file, i + 1, tracks.at(i)).text() + '\n';
+    return lines;
 }
 
 int run(const Arguments &arguments, Console &console)
 {
+    const QStringList files = texts(arguments.operands());
+    std::vector<QByteArray> lines(static_cast<size_t>(files.size()));
     int status = Status::Success;
-    for (const Operand &operand : arguments.operands()) {
-        console.progress(QStringLiteral("Reading %1").arg(operand.text));
-        if (!printFile(operand.text, console))
-            status = Status::Failure;
-    }
+    const auto make = [&](int number, const Tunes::Music &music) {
+        lines.at(static_cast<size_t>(number)) = trackLines(files.at(number), music.tracks);
+    };
+    const auto take = [&](int number, const std::optional<QString> &error) {
+        console.write(std::exchange(lines.at(static_cast<size_t>(number)), {}));
+        if (!error)
+            return;
+        console.line(errorObject(files.at(number), *error));
+        status = Status::Failure;
+    };
+    Tunes::forEach(files, Tunes::midiOptions(arguments.options()), QStringLiteral("Reading"), make,
+                   take, console);
     return status;
 }
 
@@ -125,7 +131,13 @@ int run(const Arguments &arguments, Console &console)
 
 Command eventsCommand()
 {
-    return {"events",    "FILE...", "Print the notes and other events of tunes.",
-            Description, 1,         -1,
-            false,       {},        run};
+    return {"events",
+            "FILE...",
+            "Print the notes and other events of tunes.",
+            Description,
+            1,
+            -1,
+            false,
+            Tunes::options(),
+            run};
 }

@@ -2,21 +2,14 @@
 
 #include "Quillmoor/GameDirectory.h"
 
-#include <QFileInfo>
-
 namespace {
 
 constexpr const char *GameOption = "--game";
 constexpr const char *ModsOption = "--mods";
 
-bool isGame(const QString &path)
+std::optional<QString> valueOf(const char *option, const OptionValues &options)
 {
-    return QFileInfo(path).isDir() && isGameDirectory(QDir(path));
-}
-
-QString specifiedDirectory(const OptionValues &options)
-{
-    return options.value(GameOption, qEnvironmentVariable("QUILLMOOR_GAME"));
+    return options.has(option) ? std::optional(options.value(option)) : std::nullopt;
 }
 
 QDir foundDirectory()
@@ -40,12 +33,12 @@ QVector<Option> Game::options()
 
 QDir Game::directory(const OptionValues &options)
 {
-    const QString directory = specifiedDirectory(options);
-    if (directory.isEmpty() && !options.has(GameOption))
+    const auto directory = namedGameDirectory(valueOf(GameOption, options));
+    if (!directory)
         return foundDirectory();
-    if (!isGame(directory))
+    if (!isGameDirectory(*directory))
         throw QStringLiteral("No Quillmoor installation was found at the specified directory.");
-    return QDir(directory);
+    return QDir(*directory);
 }
 
 QuillmoorInstrumentSet Game::instruments(const OptionValues &options)

@@ -56,7 +56,7 @@ QString section(const char *title, const QVector<Row> &rows)
 const char *const OverviewHead =
     "Usage: quillmoor-cli COMMAND [ARGUMENT]...\n"
     "\n"
-    "Works on music in ABC notation and the instruments of the game Quillmoor.\n"
+    "Works on music in ABC notation, MIDI files and the instruments of the game Quillmoor.\n"
     "Results are JSON Lines on standard output, messages go to standard error.\n";
 
 const char *const OverviewTail = "\n"

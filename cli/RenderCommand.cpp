@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <vector>
 
 namespace {
 
@@ -22,12 +23,12 @@ constexpr const char *PanOption = "--pan";
 constexpr const char *SkipOption = "--skip-unmapped";
 
 const char *const Description =
-    "Renders the tunes of all files together into the wave file OUT.wav, played by instruments\n"
-    "of the game: the one that --instrument names, else the one that the tune names in a line\n"
-    "\"I:instrument NAME\", else the first of the game. Prints {\"file\":...,\"seconds\":...,\n"
-    "\"frames\":...,\"notes\":...,\"peak\":...,\"clipped\":...}; peak is the largest sample "
-    "before\n"
-    "clamping, 1.0 being full scale. FILE may be - for standard input.\n"
+    "Renders the tunes of all files together into the wave file OUT.wav; each track of a MIDI\n"
+    "file is a tune. Each is played by an instrument of the game: the one that --instrument\n"
+    "names, else the one that the tune names in a line \"I:instrument NAME\", else the first of\n"
+    "the game. Prints {\"file\":...,\"seconds\":...,\"frames\":...,\"notes\":...,\"peak\":...,\n"
+    "\"clipped\":...}; peak is the largest sample before clamping, 1.0 being full scale. FILE may\n"
+    "be - for standard input.\n"
     "\n"
     "A note that its instrument does not map is an error, found before anything is written.\n"
     "OUT.wav appears when it is complete; Ctrl-C leaves nothing behind.\n";
@@ -35,6 +36,7 @@ const char *const Description =
 /// One track of the mix.
 struct Part {
     QString file;
+    int number; ///< of the track in its file, from 1
     Track track;
     Instrument instrument;
     QString instrumentName;
@@ -64,17 +66,6 @@ void checkOutput(const QString &output, const QVector<Operand> &files)
     }
 }
 
-std::optional<Track> readTrack(const QString &file, Console &console)
-{
-    try {
-        const Console::Subject subject(console, file);
-        return Tunes::read(file);
-    } catch (const QString &error) {
-        console.message(QStringLiteral("%1: %2").arg(file, error));
-        return std::nullopt;
-    }
-}
-
 QString instrumentName(const Operand &operand, const Track &track, const QStringList &names)
 {
     if (operand.options.has(InstrumentOption))
@@ -82,10 +73,11 @@ QString instrumentName(const Operand &operand, const Track &track, const QString
     return names.at(chooseInstrument(track.headers(QStringLiteral("I")), names, 0));
 }
 
-Part makePart(const Operand &operand, const Track &track, const QuillmoorInstrumentSet &set)
+Part makePart(const Operand &operand, int number, const Track &track,
+              const QuillmoorInstrumentSet &set)
 {
     const QString name = instrumentName(operand, track, set.names());
-    Part part{operand.text, track, set.instrument(name), name};
+    Part part{operand.text, number, track, set.instrument(name), name};
     part.volume = static_cast<float>(operand.options.number(VolumeOption, 1.0));
     part.pan = static_cast<float>(operand.options.number(PanOption, 0.0));
     return part;
@@ -96,9 +88,10 @@ QString unmappedMessage(const Part &part, const QVector<UnmappedNotes::Note> &no
     const UnmappedNotes::Note &first = notes.first();
     const QString others =
         notes.size() == 1 ? QString() : QStringLiteral(" (and %1 more)").arg(notes.size() - 1);
-    return QStringLiteral("%1: track 1, bar %2: the instrument '%3' has no note %4 (%5 in ABC)%6.")
-        .arg(part.file, QString::number(first.bar), part.instrumentName,
-             UnmappedNotes::pitchName(first.pitch), UnmappedNotes::abcName(first.pitch), others);
+    return QStringLiteral("%1: track %2, bar %3: the instrument '%4' has no note %5 (%6 in ABC)%7.")
+        .arg(part.file, QString::number(part.number), QString::number(first.bar),
+             part.instrumentName, UnmappedNotes::pitchName(first.pitch),
+             UnmappedNotes::abcName(first.pitch), others);
 }
 
 /// False, with a message, for a part that its instrument cannot play as a whole.
@@ -189,20 +182,39 @@ void printResult(const QString &output, const RenderResult &result, std::optiona
     console.line(json.endObject());
 }
 
+/// The tracks of each file. Throws, after a message for each file that cannot be read.
+std::vector<QList<Track>> readTracks(const QStringList &files, const MidiOptions &options,
+                                     Console &console)
+{
+    std::vector<QList<Track>> tracks(static_cast<size_t>(files.size()));
+    bool isWhole = true;
+    const auto make = [&](int number, const Tunes::Music &music) {
+        tracks.at(static_cast<size_t>(number)) = music.tracks;
+    };
+    const auto take = [&](int number, const std::optional<QString> &error) {
+        if (error)
+            console.message(QStringLiteral("%1: %2").arg(files.at(number), *error));
+        isWhole = isWhole && !error;
+    };
+    Tunes::forEach(files, options, QStringLiteral("Reading"), make, take, console);
+    const bool isEmpty = std::all_of(tracks.begin(), tracks.end(),
+                                     [](const QList<Track> &each) { return each.isEmpty(); });
+    if (!isWhole || isEmpty)
+        throw QStringLiteral("Nothing was rendered.");
+    return tracks;
+}
+
 QVector<Part> readParts(const QVector<Operand> &files, const OptionValues &options,
                         Console &console)
 {
-    QVector<Track> tracks;
-    for (const Operand &file : files) {
-        if (const auto track = readTrack(file.text, console))
-            tracks.append(*track);
-    }
-    if (tracks.size() != files.size())
-        throw QStringLiteral("Nothing was rendered.");
+    const auto tracks = readTracks(texts(files), Tunes::midiOptions(options), console);
     const QuillmoorInstrumentSet set = Game::instruments(options);
     QVector<Part> parts;
-    for (int i = 0; i < files.size(); ++i)
-        parts.append(makePart(files.at(i), tracks.at(i), set));
+    for (int i = 0; i < files.size(); ++i) {
+        int number = 0;
+        for (const Track &track : tracks.at(static_cast<size_t>(i)))
+            parts.append(makePart(files.at(i), ++number, track, set));
+    }
     return parts;
 }
 
@@ -231,7 +243,8 @@ QVector<Option> options()
            }
     + Game::options()
         + QVector<Option>{{SkipOption, nullptr,
-                           "Leave out notes that the instrument does not map, and count them."}};
+                           "Leave out notes that the instrument does not map, and count them."}}
+    + Tunes::options();
 }
 
 } // namespace

@@ -2,7 +2,8 @@
 #     SOURCES a.cpp b.cpp      files of the folder
 #     HEADERS a.h b.h          its public headers
 #     PUBLIC lib …             dependencies that appear in its headers
-#     PRIVATE lib …)           dependencies of its .cpp files alone
+#     PRIVATE lib …            dependencies of its .cpp files alone
+#     VIEW folder)             what the folder is called in includes, if not by its name
 #
 # NAME is the folder's, or that of a second, smaller library in the same folder.
 #
@@ -13,9 +14,12 @@
 set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
 
 function(quillmoor_library name)
-    cmake_parse_arguments(arg "" "" "SOURCES;HEADERS;PUBLIC;PRIVATE" ${ARGN})
+    cmake_parse_arguments(arg "" "VIEW" "SOURCES;HEADERS;PUBLIC;PRIVATE" ${ARGN})
 
     get_filename_component(folder "${CMAKE_CURRENT_SOURCE_DIR}" NAME)
+    if(arg_VIEW)
+        set(folder "${arg_VIEW}")
+    endif()
     set(view "${CMAKE_BINARY_DIR}/include/${name}")
     file(MAKE_DIRECTORY "${view}")
     file(CREATE_LINK "${CMAKE_CURRENT_SOURCE_DIR}" "${view}/${folder}" SYMBOLIC)

@@ -11,3 +11,11 @@ void Icons::load()
 {
     initResource();
 }
+
+QIcon Icons::application()
+{
+    QIcon icon(QStringLiteral(":/icons/appicon.png"));
+    for (const int size : {16, 32, 48, 128, 256})
+        icon.addFile(QStringLiteral(":/icons/appicon-%1.png").arg(size));
+    return icon;
+}

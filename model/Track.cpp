@@ -11,6 +11,38 @@ bool comesBefore(const TrackEvent &a, const TrackEvent &b)
     return a.duration() < b.duration();
 }
 
+bool startsBefore(const TrackEvent &a, const TrackEvent &b)
+{
+    return a.time() < b.time();
+}
+
+using Events = QVector<TrackEvent>;
+
+/// Sorts events whose times are in order, in time proportional to their number: only those that
+/// start together can change places.
+void sortSimultaneous(Events &events)
+{
+    for (auto first = events.begin(); first != events.end();) {
+        const quint64 time = first->time();
+        const auto end = std::find_if(
+            first, events.end(), [time](const TrackEvent &event) { return event.time() != time; });
+        if (!std::is_sorted(first, end, comesBefore))
+            std::stable_sort(first, end, comesBefore);
+        first = end;
+    }
+}
+
+/// Most tracks are written in order, or nearly so.
+void sort(Events &events)
+{
+    if (std::is_sorted(events.cbegin(), events.cend(), comesBefore))
+        return;
+    if (std::is_sorted(events.cbegin(), events.cend(), startsBefore))
+        sortSimultaneous(events);
+    else
+        std::stable_sort(events.begin(), events.end(), comesBefore);
+}
+
 bool isReplacedBy(const TrackEvent &event, const TrackEvent &next)
 {
     return event.type() == next.type() && event.time() == next.time();
@@ -40,9 +72,7 @@ void Track::addEvent(const TrackEvent &event)
 
 void Track::sortEvents()
 {
-    // Most tracks are written in order.
-    if (!std::is_sorted(m_events.cbegin(), m_events.cend(), comesBefore))
-        std::stable_sort(m_events.begin(), m_events.end(), comesBefore);
+    sort(m_events);
 
     m_length = 0;
     quint64 tempo = m_ticksPerMinute;

@@ -5,6 +5,7 @@
 #
 # Steps, all by default:
 #   format  clang-format would change nothing
+#   icons   the committed pictures are those that icons/src draws
 #   tests   all tests of the release build: what the program does, public headers that compile
 #           alone, the arrows between the folders, the scripts
 #   tidy    clang-tidy has nothing to say
@@ -16,6 +17,17 @@ source scripts/sources.sh
 
 check_format() {
     sources cpp h | tr '\n' '\0' | xargs -0r clang-format --dry-run -Werror
+}
+
+check_icons() {
+    local drawn picture status=0
+    drawn=$(mktemp -d)
+    scripts/icons.sh "$drawn" || status=1
+    for picture in "$drawn"/*.png; do
+        cmp "$picture" "icons/${picture##*/}" || status=1
+    done
+    rm -r "$drawn"
+    return $status
 }
 
 check_tests() {
@@ -49,7 +61,7 @@ check_tsan() {
 
 steps=("$@")
 if [ ${#steps[@]} -eq 0 ]; then
-    steps=(format tests tidy asan tsan)
+    steps=(format icons tests tidy asan tsan)
 fi
 for step in "${steps[@]}"; do
     if ! declare -F "check_$step" >/dev/null; then

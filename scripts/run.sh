@@ -1,7 +1,7 @@
 #!/bin/bash
-# Installs what is missing, builds the program, makes the demo game and runs the main job: a
-# demo song is rendered to a wave file. Where there is a display and the window program is part
-# of the build, that is started instead.
+# Installs what is missing, builds the programs, makes the demo game and opens a demo song in the
+# window program, with the demo game. Where there is no display, the song is rendered to a wave file
+# instead.
 #
 #   scripts/run.sh
 set -euo pipefail
@@ -53,9 +53,13 @@ demo_song() {
     return 1
 }
 
+# The user's own game, if there is one, plays no part: the demo songs are made for the demo game.
+open_demo_song() {
+    exec "$window" --game "$data/demo-game" -- "$1"/*.abc
+}
+
 render_demo_song() {
-    local song wave report seconds
-    song=$(demo_song)
+    local song=$1 wave report seconds
     wave=$root/build/$(basename "$song").wav
     report=$("$cli" render "$wave" "$song"/*.abc --game "$data/demo-game")
     seconds=$(sed -n 's/.*"seconds":\([0-9.]*\).*/\1/p' <<<"$report")
@@ -68,7 +72,8 @@ render_demo_song() {
 mkdir -p "$root/build"
 build_programs
 make_demo
+song=$(demo_song)
 if [ -x "$window" ] && [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
-    exec "$window"
+    open_demo_song "$song"
 fi
-render_demo_song
+render_demo_song "$song"

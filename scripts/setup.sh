@@ -9,11 +9,12 @@ set -euo pipefail
 # To build the program and to run it.
 run_packages=(cmake ninja-build g++ ccache pkg-config qtbase5-dev libsndfile1-dev libsoxr-dev
     libpcre2-dev libvorbis-dev libogg-dev)
-# Without a font the tests that draw would draw boxes.
-test_packages=(fonts-dejavu-core)
-check_packages=(git clang clang-format clang-tidy libclang-rt-14-dev)
+# Without a font the tests that draw would draw boxes. midicsv is a second reader of MIDI files.
+test_packages=(fonts-dejavu-core midicsv)
+# rsvg-convert draws the icons.
+check_packages=(git clang clang-format clang-tidy libclang-rt-14-dev librsvg2-bin)
 # What the benchmarks compare with.
-bench_packages=(libopenal-dev libsqlite3-dev abcmidi fluidsynth timgm6mb-soundfont)
+bench_packages=(libopenal-dev libsqlite3-dev abcmidi midicsv fluidsynth timgm6mb-soundfont)
 
 packages_for() {
     case $1 in

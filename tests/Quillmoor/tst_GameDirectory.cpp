@@ -54,6 +54,33 @@ private slots:
     {
         QVERIFY(!isGameDirectory(QDir(QStringLiteral("/nowhere/at/all"))));
     }
+
+    void anEmptyPathIsNotTheWorkingDirectory()
+    {
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("assets")));
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("win32/quillmoor.exe")));
+        const QString previous = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(dir.path()));
+        const bool here = isGameDirectory(QStringLiteral("."));
+        const bool nowhere = isGameDirectory(QString());
+        QVERIFY(QDir::setCurrent(previous));
+        QVERIFY(here);
+        QVERIFY(!nowhere);
+    }
+
+    void theOptionGoesBeforeTheVariable()
+    {
+        const QString option = QStringLiteral("/option");
+        qputenv("QUILLMOOR_GAME", "/variable");
+        QCOMPARE(namedGameDirectory(option).value(), option);
+        QCOMPARE(namedGameDirectory(QString()).value(), QString());
+        QCOMPARE(namedGameDirectory(std::nullopt).value(), QStringLiteral("/variable"));
+        qputenv("QUILLMOOR_GAME", "");
+        QVERIFY(!namedGameDirectory(std::nullopt));
+        qunsetenv("QUILLMOOR_GAME");
+        QVERIFY(!namedGameDirectory(std::nullopt));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestGameDirectory)

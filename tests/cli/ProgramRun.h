@@ -1,87 +1,19 @@
 #pragma once
 
-#include "model/FileNameCodec.h"
+#include "support/ProcessRun.h"
 
-#include <QByteArray>
-#include <QMap>
-#include <QProcess>
-#include <QStringList>
-
-#include <QtTest>
-
-#include <functional>
-
-/// Runs the built quillmoor-cli as a script would, under LANG=C, with the built-in sound engine,
-/// without a home directory and without a game.
-class ProgramRun {
+/// Runs the built quillmoor-cli as a script would, with the built-in sound engine.
+class ProgramRun : public ProcessRun {
 public:
-    struct Outcome {
-        int status = -1; ///< the exit status, or 128 + the number of the signal that ended it
-        QByteArray output;
-        QByteArray errors;
-    };
-
-    explicit ProgramRun(const QStringList &arguments);
-
-    ProgramRun &environment(const char *name, const QString &value);
-    ProgramRun &workingDirectory(const QString &directory);
-    ProgramRun &input(const QByteArray &bytes);
-    /// Runs in the child just before the program: for what is to become of its descriptors.
-    ProgramRun &inChild(const std::function<void()> &setup);
-
-    /// Runs it to its end.
-    Outcome outcome();
-
-    /// For the tests that meddle with it while it runs.
-    QProcess &start();
-    Outcome finish();
-
-private:
-    class Process : public QProcess {
-    public:
-        std::function<void()> setup;
-
-    protected:
-        void setupChildProcess() override
-        {
-            if (setup)
-                setup();
-        }
-    };
-
-    Process m_process;
-    QStringList m_arguments;
-    QProcessEnvironment m_environment;
-    QByteArray m_input;
+    explicit ProgramRun(const QStringList &arguments)
+        : ProcessRun(QStringLiteral(QUILLMOOR_CLI), arguments)
+    {
+        environment("QUILLMOOR_SOUND", QStringLiteral("builtin"));
+    }
 };
 
 /// As ProgramRun(arguments).outcome().
-ProgramRun::Outcome runProgram(const QStringList &arguments);
-
-/// The bytes of a file.
-QByteArray fileContents(const QString &path);
-void makeFile(const QString &path, const QByteArray &contents);
-
-/// What a directory holds, hidden files too, sorted.
-QStringList listing(const QString &directory);
-
-/// Short for literal lists of arguments.
-QStringList args(std::initializer_list<const char *> list);
-
-#define COMPARE_OUTCOME(actual, expectedStatus, expectedOutput, expectedErrors)                    \
-    do {                                                                                           \
-        const ProgramRun::Outcome outcome_ = (actual);                                             \
-        QCOMPARE(outcome_.errors, QByteArray(expectedErrors));                                     \
-        QCOMPARE(outcome_.output, QByteArray(expectedOutput));                                     \
-        QCOMPARE(outcome_.status, expectedStatus);                                                 \
-    } while (false)
-
-/// File names in any encoding reach the program only when the test speaks of them as it does.
-#define PROGRAM_TEST_MAIN(Class)                                                                   \
-    int main(int argc, char **argv)                                                                \
-    {                                                                                              \
-        FileNameCodec::install();                                                                  \
-        QCoreApplication application(argc, argv);                                                  \
-        Class test;                                                                                \
-        return QTest::qExec(&test, argc, argv);                                                    \
-    }
+inline ProgramRun::Outcome runProgram(const QStringList &arguments)
+{
+    return ProgramRun(arguments).outcome();
+}

@@ -20,6 +20,8 @@ private slots:
     void helpExcusesAnOptionWithoutFile();
     void numbersAreChecked_data();
     void numbersAreChecked();
+    void wholeNumbersAreChecked_data();
+    void wholeNumbersAreChecked();
     void missingNumberGivesTheFallback();
 };
 
@@ -50,10 +52,7 @@ Arguments parsed(const QString &line)
 
 QStringList texts(const Arguments &arguments)
 {
-    QStringList result;
-    for (const Operand &operand : arguments.operands())
-        result.append(operand.text);
-    return result;
+    return ::texts(arguments.operands());
 }
 
 QString refusal(const QString &line)
@@ -191,6 +190,37 @@ void tst_Arguments::numbersAreChecked()
     QFETCH(QString, value);
     const QString problem = checkNumber(value, -1.0, 1.0);
     const QString refused = QStringLiteral("'%1' is not a number from -1 to 1.").arg(value);
+    QTEST(problem.isEmpty(), "accepted");
+    QVERIFY(problem.isEmpty() || problem == refused);
+}
+
+void tst_Arguments::wholeNumbersAreChecked_data()
+{
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<bool>("accepted");
+
+    const auto row = [](const char *value, bool accepted) {
+        QTest::newRow(value) << QString::fromUtf8(value) << accepted;
+    };
+    row("-3", true);
+    row("0", true);
+    row("+7", true);
+    row("7", true);
+    row("-4", false);
+    row("8", false);
+    row("", false);
+    row("1.0", false);
+    row("1e0", false);
+    row("0x1", false);
+    row("one", false);
+    row("4294967297", false);
+}
+
+void tst_Arguments::wholeNumbersAreChecked()
+{
+    QFETCH(QString, value);
+    const QString problem = checkInteger(value, -3, 7);
+    const QString refused = QStringLiteral("'%1' is not a whole number from -3 to 7.").arg(value);
     QTEST(problem.isEmpty(), "accepted");
     QVERIFY(problem.isEmpty() || problem == refused);
 }

@@ -1,4 +1,5 @@
 #include "ProgramRun.h"
+#include "TestSupport/MidiBuilder.h"
 
 #include <QtTest>
 
@@ -25,8 +26,23 @@ private slots:
     void anyFileNameWorks();
     void fileNameMayLookLikeAnOption();
     void readerMayGoAway();
+    void midiFileGivesAnObjectForEachTrack();
+    void midiIsKnownByNameOrFirstBytes_data();
+    void midiIsKnownByNameOrFirstBytes();
+    void midiMayComeByteByByte();
+    void midiFileWithoutNotesGivesNoObject();
+    void brokenMidiFilesAreReported_data();
+    void brokenMidiFilesAreReported();
+    void channelsAreMerged();
+    void timesAreRealigned();
+    void bendsAreFollowed();
+    void storedSettingsPlayNoPart();
+    void standardInputIsReadOnce();
+    void resultsAndWarningsAreInTheOrderOfTheFiles();
 
 private:
+    ProgramRun::Outcome eventsOf(const QByteArray &midi, const QStringList &options);
+
     QString tune(const QString &name, const QByteArray &text);
 
     QScopedPointer<QTemporaryDir> m_dir;
@@ -43,6 +59,56 @@ QByteArray simpleObject(const QByteArray &file)
           "\"Q\":[\"1/4=120\"],\"T\":[\"A\"],\"X\":[\"1\"]},\"ticksPerMinute\":3628800,"
           "\"measureLength\":120960,\"beatsPerMeasure\":4,\"length\":30240,\"noteCount\":1,"
           "\"events\":[{\"type\":\"Note\",\"time\":0,\"note\":60,\"duration\":30240}]}\n";
+}
+
+/// Two channels in two chunks.
+QByteArray duet()
+{
+    using namespace MidiBuilder;
+    return file(
+        {tempo(0, 400000) + meter(0, 3, 2) + key(0, -3, 1) + program(0, 0, 40) + noteOn(0, 0, 60)
+             + noteOff(480, 0, 60),
+         noteOn(480, 9, 36) + noteOff(240, 9, 36) + noteOn(0, 0, 64) + noteOff(480, 0, 64)});
+}
+
+QByteArray duetObjects(const QByteArray &file)
+{
+    const QByteArray fields = "\"ticksPerMinute\":4536000,\"measureLength\":90720,"
+                              "\"beatsPerMeasure\":3,";
+    return "{\"file\":\"" + file
+        + "\",\"track\":1,\"headers\":{\"K\":[\"Cm\"],\"M\":[\"3/4\"],\"Q\":[\"1/4=150\"],"
+          "\"T\":[\"Track 1 - Violin\"]},"
+        + fields
+        + "\"length\":75600,\"noteCount\":2,\"events\":["
+          "{\"type\":\"Note\",\"time\":0,\"note\":60,\"duration\":30240},"
+          "{\"type\":\"Note\",\"time\":45360,\"note\":64,\"duration\":30240}]}\n"
+          "{\"file\":\""
+        + file
+        + "\",\"track\":2,\"headers\":{\"K\":[\"Cm\"],\"M\":[\"3/4\"],\"Q\":[\"1/4=150\"],"
+          "\"T\":[\"Track 10 - Percussion\"]},"
+        + fields
+        + "\"length\":45360,\"noteCount\":1,\"events\":["
+          "{\"type\":\"Note\",\"time\":30240,\"note\":36,\"duration\":15120}]}\n";
+}
+
+/// What is printed of a title and its events.
+QByteArrayList tracksOf(const QByteArray &output)
+{
+    QByteArrayList result;
+    for (const QByteArray &line : output.trimmed().split('\n')) {
+        const QJsonObject track = QJsonDocument::fromJson(line).object();
+        const QJsonValue titles =
+            track.value(QStringLiteral("headers")).toObject().value(QStringLiteral("T"));
+        QByteArray text = titles.toArray().first().toString().toUtf8() + ':';
+        for (const QJsonValue event : track.value(QStringLiteral("events")).toArray()) {
+            for (const char *const member : {"time", "note", "duration"})
+                text += ' '
+                    + QByteArray::number(event.toObject().value(QLatin1String(member)).toDouble());
+            text += ',';
+        }
+        result.append(text);
+    }
+    return result;
 }
 
 } // namespace
@@ -227,6 +293,158 @@ void tst_EventsCommand::readerMayGoAway()
     QVERIFY(pipeline.waitForFinished());
     QCOMPARE(pipeline.readAllStandardOutput(), simpleObject(path.toUtf8()));
     QCOMPARE(pipeline.readAllStandardError(), QByteArray("status 1\n"));
+}
+
+ProgramRun::Outcome tst_EventsCommand::eventsOf(const QByteArray &midi, const QStringList &options)
+{
+    return ProgramRun(args({"events", "-"}) + options).input(midi).outcome();
+}
+
+void tst_EventsCommand::midiFileGivesAnObjectForEachTrack()
+{
+    tune(QStringLiteral("duet.mid"), duet());
+    ProgramRun program(args({"events", "duet.mid"}));
+    COMPARE_OUTCOME(program.workingDirectory(m_dir->path()).outcome(), 0, duetObjects("duet.mid"),
+                    "");
+}
+
+void tst_EventsCommand::midiIsKnownByNameOrFirstBytes_data()
+{
+    QTest::addColumn<QString>("name");
+
+    for (const char *const name : {"a.mid", "a.MID", "a.midi", "a.kar", "a.abc", "a"})
+        QTest::newRow(name) << QString::fromUtf8(name);
+}
+
+void tst_EventsCommand::midiIsKnownByNameOrFirstBytes()
+{
+    QFETCH(QString, name);
+    tune(name, duet());
+    ProgramRun program({QStringLiteral("events"), name});
+    COMPARE_OUTCOME(program.workingDirectory(m_dir->path()).outcome(), 0,
+                    duetObjects(name.toUtf8()), "");
+}
+
+void tst_EventsCommand::midiMayComeByteByByte()
+{
+    COMPARE_OUTCOME(eventsOf(duet(), {}), 0, duetObjects("-"), "");
+    ProgramRun program(args({"events", "-"}));
+    program.keepInputOpen();
+    QProcess &process = program.start();
+    for (const char byte : duet()) {
+        process.write(&byte, 1);
+        QVERIFY(process.waitForBytesWritten());
+    }
+    process.closeWriteChannel();
+    COMPARE_OUTCOME(program.finish(), 0, duetObjects("-"), "");
+}
+
+void tst_EventsCommand::midiFileWithoutNotesGivesNoObject()
+{
+    tune(QStringLiteral("none.mid"), MidiBuilder::file({MidiBuilder::tempo(0, 500000)}));
+    tune(QStringLiteral("duet.mid"), duet());
+    ProgramRun program(args({"events", "none.mid", "duet.mid"}));
+    COMPARE_OUTCOME(program.workingDirectory(m_dir->path()).outcome(), 0, duetObjects("duet.mid"),
+                    "quillmoor-cli: none.mid: There are no notes in it.\n");
+}
+
+void tst_EventsCommand::brokenMidiFilesAreReported_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QByteArray>("error");
+
+    QTest::newRow("empty") << QByteArray() << QByteArray("Invalid MIDI file.");
+    QTest::newRow("a tune") << Simple << QByteArray("Invalid MIDI file.");
+    QTest::newRow("format 2") << MidiBuilder::header(2, 1, 480)
+                              << QByteArray("Unsupported MIDI type 2.");
+}
+
+void tst_EventsCommand::brokenMidiFilesAreReported()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(QByteArray, error);
+    tune(QStringLiteral("a.mid"), bytes);
+    tune(QStringLiteral("duet.mid"), duet());
+    ProgramRun program(args({"events", "a.mid", "none.mid", "duet.mid"}));
+    COMPARE_OUTCOME(program.workingDirectory(m_dir->path()).outcome(), 1,
+                    "{\"file\":\"a.mid\",\"error\":\"" + error
+                        + "\"}\n{\"file\":\"none.mid\",\"error\":\"Could not open file.\"}\n"
+                        + duetObjects("duet.mid"),
+                    "");
+}
+
+void tst_EventsCommand::channelsAreMerged()
+{
+    QCOMPARE(tracksOf(eventsOf(duet(), {}).output),
+             (QByteArrayList{"Track 1 - Violin: 0 60 30240, 45360 64 30240,",
+                             "Track 10 - Percussion: 30240 36 15120,"}));
+    QCOMPARE(tracksOf(eventsOf(duet(), args({"--no-merge-channels"})).output),
+             (QByteArrayList{"Track 1 - Violin: 0 60 30240,",
+                             "Track 2 - Acoustic Grand Piano: 45360 64 30240,",
+                             "Track 3 - Percussion: 30240 36 15120,"}));
+}
+
+void tst_EventsCommand::timesAreRealigned()
+{
+    using namespace MidiBuilder;
+    const QByteArray midi = file({noteOn(1, 0, 60) + noteOff(478, 0, 60)});
+    QCOMPARE(tracksOf(eventsOf(midi, {}).output),
+             (QByteArrayList{"Track 1 - Acoustic Grand Piano: 0 60 30240,"}));
+    QCOMPARE(tracksOf(eventsOf(midi, args({"--no-auto-realign"})).output),
+             (QByteArrayList{"Track 1 - Acoustic Grand Piano: 63 60 30114,"}));
+}
+
+void tst_EventsCommand::bendsAreFollowed()
+{
+    using namespace MidiBuilder;
+    const QByteArray midi = file({noteOn(0, 0, 60) + bend(480, 0, 16383) + noteOff(480, 0, 60)});
+    QCOMPARE(tracksOf(eventsOf(midi, {}).output),
+             (QByteArrayList{"Track 1 - Acoustic Grand Piano: 0 60 30240, 30240 62 30240,"}));
+    QCOMPARE(tracksOf(eventsOf(midi, args({"--no-pitch-bend"})).output),
+             (QByteArrayList{"Track 1 - Acoustic Grand Piano: 0 60 60480,"}));
+}
+
+void tst_EventsCommand::storedSettingsPlayNoPart()
+{
+    const QString home = m_dir->path();
+    QVERIFY(QDir(home).mkpath(QStringLiteral("Quillmoor Composer")));
+    const QByteArray off = "{\"midi/mergeChannels\":false,\"midi/autoRealign\":false}";
+    for (const char *const name : {"Quillmoor Composer/Quillmoor Composer.cfg",
+                                   "Quillmoor Composer.cfg", "quillmoor-cli.cfg"})
+        tune(QString::fromUtf8(name), off);
+    ProgramRun program(args({"events", "-"}));
+    program.environment("HOME", home).environment("XDG_CONFIG_HOME", home).input(duet());
+    COMPARE_OUTCOME(program.outcome(), 0, duetObjects("-"), "");
+}
+
+void tst_EventsCommand::standardInputIsReadOnce()
+{
+    COMPARE_OUTCOME(runProgram(args({"events", "-", "-"})), 2, "",
+                    "quillmoor-cli: Standard input (-) can be read only once.\n"
+                    "quillmoor-cli: Try 'quillmoor-cli events --help'.\n");
+}
+
+void tst_EventsCommand::resultsAndWarningsAreInTheOrderOfTheFiles()
+{
+    QStringList names;
+    QByteArray files;
+    QByteArray warnings;
+    for (int i = 0; i < 200; ++i) {
+        // Long and short ones in turn, so that many are done before the ones before them.
+        const QByteArray name = QByteArray::number(i) + ".abc";
+        const QByteArray notes = QByteArray("C").repeated(i % 10 == 0 ? 20000 : 1);
+        names.append(QString::fromUtf8(name));
+        tune(names.last(), "X:1\nT:A\nK:" + QByteArray(1, '?') + '\n' + notes + '\n');
+        files += name + ' ';
+        warnings += "quillmoor-cli: " + name + ": \"Could not parse key: ?\"\n";
+    }
+    ProgramRun program(args({"events"}) + names);
+    const ProgramRun::Outcome outcome = program.workingDirectory(m_dir->path()).outcome();
+    QCOMPARE(outcome.errors, warnings);
+    QByteArray printed;
+    for (const QByteArray &line : outcome.output.trimmed().split('\n'))
+        printed += line.mid(9, line.indexOf("\",") - 9) + ' ';
+    QCOMPARE(printed, files);
 }
 
 PROGRAM_TEST_MAIN(tst_EventsCommand)

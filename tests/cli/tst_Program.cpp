@@ -54,6 +54,8 @@ void tst_Program::helpExplainsACommand()
 {
     COMPARE_OUTCOME(runProgram(args({"render", "--help"})), 0,
                     fileContents(QFINDTESTDATA("data/help-render.txt")), "");
+    COMPARE_OUTCOME(runProgram(args({"abc", "--help"})), 0,
+                    fileContents(QFINDTESTDATA("data/help-abc.txt")), "");
 }
 
 void tst_Program::helpOfAGroupListsItsCommands()
@@ -89,8 +91,8 @@ void tst_Program::badUsageIsStatusTwo_data()
     row("unknown option", args({"--verbose"}), "Unknown option '--verbose'.", "");
     row("unknown option of a command", args({"events", "--x", "a"}), "Unknown option '--x'.",
         " events");
-    row("no file", args({"events"}), "Too few arguments. Usage: quillmoor-cli events FILE...",
-        " events");
+    row("no file", args({"events"}),
+        "Too few arguments. Usage: quillmoor-cli events [OPTION]... FILE...", " events");
     row("too many", args({"pak", "list", "a", "b"}),
         "Too many arguments. Usage: quillmoor-cli pak list FILE", " pak list");
     row("no value", args({"abc", "a", "-o"}), "-o needs a value (FILE).", " abc");

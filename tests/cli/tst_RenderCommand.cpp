@@ -1,5 +1,7 @@
 #include "ProgramRun.h"
 #include "SmallGame.h"
+#include "Terminal.h"
+#include "TestSupport/MidiBuilder.h"
 
 #include <QDir>
 #include <QtEndian>
@@ -8,8 +10,6 @@
 #include <csignal>
 #include <cstdlib>
 
-#include <fcntl.h>
-#include <poll.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -44,6 +44,13 @@ private slots:
     void signalLeavesNothingBehind();
     void signalKeepsTheOldFile();
     void limitOnFileSizeLeavesNothingBehind();
+    void everyTrackOfAMidiFileIsAPart();
+    void optionsHoldForAllTracksOfAFile();
+    void percussionIsPlayedAsAnyTrack();
+    void unmappedNoteOfATrackIsNamed();
+    void midiOptionsApply();
+    void midiMayComeFromStandardInput();
+    void midiWithoutNotesIsLeftOut();
 
 private:
     QString path(const char *name) const { return m_dir->filePath(QString::fromUtf8(name)); }
@@ -96,47 +103,24 @@ QJsonObject object(const QByteArray &line)
     return QJsonDocument::fromJson(line).object();
 }
 
-/// A pseudo-terminal to be the program's standard error.
-class Terminal {
-public:
-    Terminal()
-        : m_master(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
-    {
-        grantpt(m_master);
-        unlockpt(m_master);
-        m_slave = open(ptsname(m_master), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    }
-    ~Terminal()
-    {
-        close(m_slave);
-        close(m_master);
-    }
+using namespace MidiBuilder;
 
-    int slave() const { return m_slave; }
+/// A quarter note of half a second.
+QByteArray note(quint32 channel, quint32 key)
+{
+    return noteOn(0, channel, key) + noteOff(480, channel, key);
+}
 
-    /// Reads until `text` has come; false if that takes too long.
-    bool waitFor(const QByteArray &text)
-    {
-        pollfd entry = {m_master, POLLIN, 0};
-        while (!m_seen.contains(text)) {
-            QByteArray bytes(4096, '\0');
-            if (poll(&entry, 1, 60000) != 1)
-                return false;
-            const ssize_t got = read(m_master, bytes.data(), static_cast<size_t>(bytes.size()));
-            if (got <= 0)
-                return false;
-            m_seen += bytes.left(static_cast<int>(got));
-        }
-        return true;
-    }
+/// The same note on three channels, in two chunks.
+QByteArray trio()
+{
+    return MidiBuilder::file({note(0, 60) + noteOn(0, 1, 60) + noteOff(480, 1, 60), note(9, 60)});
+}
 
-    QByteArray seen() const { return m_seen; }
-
-private:
-    int m_master;
-    int m_slave;
-    QByteArray m_seen;
-};
+QByteArray midiWithoutNotes()
+{
+    return MidiBuilder::file({tempo(0, 500000)});
+}
 
 /// Twenty hours.
 const QByteArray Endless =
@@ -451,6 +435,101 @@ void tst_RenderCommand::limitOnFileSizeLeavesNothingBehind()
     QVERIFY2(outcome.errors.contains("quillmoor-cli: Could not write out.wav: File too large\n"),
              outcome.errors);
     QCOMPARE(listing(m_dir->path()), before);
+}
+
+void tst_RenderCommand::everyTrackOfAMidiFileIsAPart()
+{
+    makeFile(path("a.mid"), trio());
+    tune("1.abc", "K:C\nC\n");
+    tune("2.abc", "K:C\nzC\n");
+    const ProgramRun::Outcome midi = run(args({"midi.wav", "a.mid"}));
+    const ProgramRun::Outcome tunes = run(args({"tunes.wav", "1.abc", "2.abc", "1.abc"}));
+    QCOMPARE(midi.errors, GameLog);
+    QVERIFY2(midi.output.contains(",\"notes\":3,"), midi.output);
+    QVERIFY(peaks(file("midi.wav")).left > 1000);
+    QCOMPARE(file("midi.wav"), file("tunes.wav"));
+    QCOMPARE(midi.status + tunes.status, 0);
+}
+
+void tst_RenderCommand::optionsHoldForAllTracksOfAFile()
+{
+    makeFile(path("a.mid"), trio());
+    run(args({"one.wav", "plain.abc"}));
+    run(args({"two.wav", "plain.abc", "--volume", "0", "a.mid"}));
+    run(args({"left.wav", "--pan", "-1", "a.mid"}));
+    QCOMPARE(peaks(file("two.wav")).left, peaks(file("one.wav")).left);
+    QVERIFY(peaks(file("left.wav")).left > 1000);
+    QCOMPARE(peaks(file("left.wav")).right, 0);
+}
+
+void tst_RenderCommand::percussionIsPlayedAsAnyTrack()
+{
+    makeFile(path("a.mid"), MidiBuilder::file({note(9, 61)}));
+    QVERIFY2(run(args({"out.wav", "a.mid"})).errors.contains("the instrument 'Drum' has no note"),
+             "the first of the game");
+    const ProgramRun::Outcome outcome = run(args({"out.wav", "--instrument", "Lute", "a.mid"}));
+    COMPARE_OUTCOME(outcome, 0, outcome.output, GameLog);
+    QVERIFY(peaks(file("out.wav")).left > 1000);
+}
+
+void tst_RenderCommand::unmappedNoteOfATrackIsNamed()
+{
+    makeFile(path("a.mid"), MidiBuilder::file({note(0, 60), note(1, 62).repeated(5), note(2, 63)}));
+    COMPARE_OUTCOME(run(args({"out.wav", "a.mid"})), 1, "",
+                    GameLog
+                        + "quillmoor-cli: a.mid: track 2, bar 1: the instrument 'Drum' has no note "
+                          "D4 (D in ABC) (and 4 more).\n"
+                          "quillmoor-cli: a.mid: track 3, bar 1: the instrument 'Drum' has no note "
+                          "D#4 (^D in ABC).\n"
+                          "quillmoor-cli: Nothing was rendered; --skip-unmapped leaves such notes "
+                          "out.\n");
+    QVERIFY(!QFile::exists(path("out.wav")));
+    const ProgramRun::Outcome skipped = run(args({"out.wav", "--skip-unmapped", "a.mid"}));
+    QVERIFY2(skipped.output.contains(",\"notes\":1,"), skipped.output);
+    QVERIFY2(skipped.output.endsWith(",\"skipped\":6}\n"), skipped.output);
+}
+
+void tst_RenderCommand::midiOptionsApply()
+{
+    // A bend to a note that the instrument lacks; on another channel a note of two chunks.
+    makeFile(path("a.mid"),
+             MidiBuilder::file(
+                 {noteOn(0, 0, 60) + bend(240, 0, 16383) + noteOff(240, 0, 60) + note(1, 60),
+                  note(1, 61)}));
+    const auto errors = [this](const QStringList &options) {
+        return run(args({"out.wav", "a.mid"}) + options).errors;
+    };
+    QVERIFY(errors({}).contains("a.mid: track 1, bar 1: the instrument 'Drum' has no note D4"));
+    QVERIFY(errors({}).contains("a.mid: track 2, bar 1: the instrument 'Drum' has no note"));
+    QVERIFY(!errors(args({"--no-pitch-bend"})).contains("track 1, "));
+    QVERIFY(errors(args({"--no-merge-channels"})).contains("a.mid: track 3, bar 1: "));
+    makeFile(path("b.mid"), MidiBuilder::file({noteOn(1, 0, 60) + noteOff(480, 0, 60)}));
+    QCOMPARE(run(args({"a.wav", "b.mid"})).status, 0);
+    QCOMPARE(run(args({"b.wav", "--no-auto-realign", "b.mid"})).status, 0);
+    QVERIFY(file("a.wav") != file("b.wav"));
+}
+
+void tst_RenderCommand::midiMayComeFromStandardInput()
+{
+    makeFile(path("a.mid"), trio());
+    run(args({"a.wav", "a.mid"}));
+    ProgramRun program(arguments(args({"b.wav", "-"})));
+    QCOMPARE(program.workingDirectory(m_dir->path()).input(trio()).outcome().status, 0);
+    QCOMPARE(file("b.wav"), file("a.wav"));
+    COMPARE_OUTCOME(run(args({"out.wav", "-", "-"})), 2, "",
+                    "quillmoor-cli: Standard input (-) can be read only once.\n"
+                    "quillmoor-cli: Try 'quillmoor-cli render --help'.\n");
+}
+
+void tst_RenderCommand::midiWithoutNotesIsLeftOut()
+{
+    const QByteArray note = "quillmoor-cli: none.mid: There are no notes in it.\n";
+    makeFile(path("none.mid"), midiWithoutNotes());
+    COMPARE_OUTCOME(run(args({"out.wav", "none.mid"})), 1, "",
+                    note + "quillmoor-cli: Nothing was rendered.\n");
+    const ProgramRun::Outcome outcome = run(args({"out.wav", "none.mid", "plain.abc"}));
+    COMPARE_OUTCOME(outcome, 0, outcome.output, note + GameLog);
+    QVERIFY2(outcome.output.contains(",\"notes\":1,"), outcome.output);
 }
 
 PROGRAM_TEST_MAIN(tst_RenderCommand)

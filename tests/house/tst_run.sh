@@ -1,6 +1,6 @@
 #!/bin/bash
-# scripts/run.sh makes the demo game once and renders a demo song; it starts the window program
-# where there is one and a display. The programs and the build are stand-ins.
+# scripts/run.sh makes the demo game once and opens a demo song in the window program; it renders
+# the song where there is no such program or no display. The programs and the build are stand-ins.
 source tests/house/assert.sh
 root="$sandbox/a check out"
 mkdir -p "$root/scripts" "$root/cli" "$root/build/release" "$sandbox/tools" "$sandbox/home"
@@ -75,9 +75,9 @@ $render
 status 0" "$(run DISPLAY=:0)"
 mkdir "$root/app"
 touch "$root/app/CMakeLists.txt"
-program "$root/build/release/quillmoor-composer" 'echo "window" >>"$CALLS"'
-check 'the window program starts where there is a display' "$build app/all
-window
+program "$root/build/release/quillmoor-composer" 'echo "window $*" >>"$CALLS"'
+check 'the window program opens the song where there is a display' "$build app/all
+window --game $data/demo-game -- $data/demo-songs/Two parts/1.abc $data/demo-songs/Two parts/2.abc
 status 0" "$(run WAYLAND_DISPLAY=wayland-0)"
 check 'without a display the song is rendered' "$build app/all
 $render

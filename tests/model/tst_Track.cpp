@@ -77,6 +77,18 @@ private slots:
         const E first = E::makeNote(60, 0, 5);
         QCOMPARE(sorted(events + QVector<E>{first}).events(), QVector<E>{first} + events);
     }
+    void sortsWhatStartsTogetherAmongNotesInOrderOfTime()
+    {
+        const E first = E::makeNote(60, 0, 900);
+        const E brief = E::makeNote(61, 945, 5);
+        const E longA = E::makeNote(62, 945, 7);
+        const E longB = E::makeNote(63, 945, 7);
+        const E tempo = E::makeTempo(945, 1, 4, 90);
+        const E last = E::makeNote(64, 1890, 1);
+        const E lastLong = E::makeNote(65, 1890, 2);
+        QCOMPARE(sorted({first, longA, longB, tempo, brief, lastLong, last}).events(),
+                 QVector<E>({first, tempo, brief, longA, longB, last, lastLong}));
+    }
     void computesItsLengthWhenSorting()
     {
         QCOMPARE(sorted({E::makeNote(60, 90720, 30240)}).length(), quint64{120960});

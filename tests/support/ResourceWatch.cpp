@@ -1,9 +1,11 @@
 #include "TestSupport/ResourceWatch.h"
 
+#include "TestSupport/Sanitizer.h"
+
 namespace {
 
-constexpr qint64 TimeLimitMs = 2000;
-constexpr qint64 MemoryLimitKb = 262144;
+constexpr qint64 TimeLimitMs = 2000 * SanitizerFactor;
+constexpr qint64 MemoryLimitKb = 262144 * SanitizerFactor;
 
 qint64 milliseconds(const timeval &time)
 {

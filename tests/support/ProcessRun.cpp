@@ -1,4 +1,4 @@
-#include "ProgramRun.h"
+#include "support/ProcessRun.h"
 
 #include <QDir>
 #include <QFile>
@@ -17,58 +17,65 @@ void writeInput(QProcess &process, const QByteArray &input)
 
 } // namespace
 
-ProgramRun::ProgramRun(const QStringList &arguments)
-    : m_arguments(arguments)
+ProcessRun::ProcessRun(const QString &program, const QStringList &arguments)
+    : m_program(program)
+    , m_arguments(arguments)
     , m_environment(QProcessEnvironment::systemEnvironment())
 {
     for (const char *const name : {"LC_ALL", "LANGUAGE", "DISPLAY", "WAYLAND_DISPLAY",
                                    "QUILLMOOR_GAME", "QT_QPA_PLATFORM", "XDG_RUNTIME_DIR"})
         m_environment.remove(QString::fromLatin1(name));
     environment("LANG", QStringLiteral("C"));
-    environment("QUILLMOOR_SOUND", QStringLiteral("builtin"));
     environment("HOME", QStringLiteral("/nonexistent"));
 }
 
-ProgramRun &ProgramRun::environment(const char *name, const QString &value)
+ProcessRun &ProcessRun::environment(const char *name, const QString &value)
 {
     m_environment.insert(QString::fromLatin1(name), value);
     return *this;
 }
 
-ProgramRun &ProgramRun::workingDirectory(const QString &directory)
+ProcessRun &ProcessRun::workingDirectory(const QString &directory)
 {
     m_process.setWorkingDirectory(directory);
     return *this;
 }
 
-ProgramRun &ProgramRun::input(const QByteArray &bytes)
+ProcessRun &ProcessRun::input(const QByteArray &bytes)
 {
     m_input = bytes;
     return *this;
 }
 
-ProgramRun &ProgramRun::inChild(const std::function<void()> &setup)
+ProcessRun &ProcessRun::keepInputOpen()
+{
+    m_keepsInputOpen = true;
+    return *this;
+}
+
+ProcessRun &ProcessRun::inChild(const std::function<void()> &setup)
 {
     m_process.setup = setup;
     return *this;
 }
 
-ProgramRun::Outcome ProgramRun::outcome()
+ProcessRun::Outcome ProcessRun::outcome()
 {
     start();
     return finish();
 }
 
-QProcess &ProgramRun::start()
+QProcess &ProcessRun::start()
 {
     m_process.setProcessEnvironment(m_environment);
-    m_process.start(QStringLiteral(QUILLMOOR_CLI), m_arguments);
+    m_process.start(m_program, m_arguments);
     m_process.waitForStarted();
-    writeInput(m_process, m_input);
+    if (!m_keepsInputOpen)
+        writeInput(m_process, m_input);
     return m_process;
 }
 
-ProgramRun::Outcome ProgramRun::finish()
+ProcessRun::Outcome ProcessRun::finish()
 {
     Outcome outcome;
     m_process.waitForFinished(TimeLimitMs);
@@ -78,11 +85,6 @@ ProgramRun::Outcome ProgramRun::finish()
     const bool crashed = m_process.exitStatus() == QProcess::CrashExit;
     outcome.status = m_process.exitCode() + (crashed ? 128 : 0);
     return outcome;
-}
-
-ProgramRun::Outcome runProgram(const QStringList &arguments)
-{
-    return ProgramRun(arguments).outcome();
 }
 
 QByteArray fileContents(const QString &path)

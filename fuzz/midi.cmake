@@ -1,0 +1,5 @@
+add_executable(fuzz_midi fuzz_midi.cpp)
+target_link_libraries(fuzz_midi PRIVATE MIDI ABC Qt5::Core)
+target_link_options(fuzz_midi PRIVATE -fsanitize=fuzzer)
+target_compile_options(MIDI PRIVATE -fsanitize=fuzzer-no-link)
+target_compile_options(fuzz_midi PRIVATE -fsanitize=fuzzer-no-link)

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QObject>
+#include <QQueue>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+
+#include <functional>
+
+/// What a user does with the modal dialog that is in front. Each answers what was seen before it
+/// was done, or an empty text when no such dialog is there (yet).
+namespace Dialogs {
+
+/// Seen as "critical [title] text (OK)", with the texts of all buttons.
+QString press(const QString &button);
+/// Types the path into a file dialog: seen as "chooser [title] filter; in directory". Several
+/// paths stand in quotation marks with blanks between.
+QString choose(const QString &path);
+QString cancel();
+
+} // namespace Dialogs
+
+/// Gives prepared answers to the dialogs that come up one after the other while a test goes on.
+class DialogAnswers : public QObject {
+public:
+    DialogAnswers();
+
+    /// Answers of the functions above, in the order in which the dialogs will come.
+    DialogAnswers &press(const char *button);
+    DialogAnswers &choose(const QString &path);
+    DialogAnswers &cancel();
+
+    /// What was seen so far; all that was expected once isDone().
+    const QStringList &seen() const { return m_seen; }
+    bool isDone() const { return m_answers.isEmpty(); }
+
+private:
+    using Answer = std::function<QString()>;
+
+    DialogAnswers &add(const Answer &answer);
+    void onTimeout();
+
+    QTimer m_timer;
+    QQueue<Answer> m_answers;
+    QStringList m_seen;
+};

@@ -1,0 +1,206 @@
+#include "support/WidgetDriver.h"
+#include "ui/MessageBoxes.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QtTest>
+
+using namespace WidgetDriver;
+
+namespace {
+
+const QString title = QStringLiteral("The title");
+const QString text = QStringLiteral("First line\nSecond line");
+
+/// What the user sees of a box.
+struct Seen {
+    QString title;
+    QString text;
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    QStringList buttons;
+    QString defaultButton;
+    QWidget *parent = nullptr;
+    bool isModal = false;
+};
+
+QMessageBox &messageBox(QWidget &window)
+{
+    return *qobject_cast<QMessageBox *>(&window);
+}
+
+Seen look(const QMessageBox &box)
+{
+    Seen seen;
+    seen.title = box.windowTitle();
+    seen.text = box.text();
+    seen.icon = box.icon();
+    for (const QAbstractButton *button : box.buttons()) {
+        seen.buttons << shown(button->text());
+        if (qobject_cast<const QPushButton *>(button)->isDefault())
+            seen.defaultButton = shown(button->text());
+    }
+    seen.parent = box.parentWidget();
+    seen.isModal = box.isModal();
+    return seen;
+}
+
+void pressEscape(QMessageBox &)
+{
+    press(Qt::Key_Escape);
+}
+
+} // namespace
+
+using Statement = void (*)(QWidget *, const QString &, const QString &);
+using Question = bool (*)(QWidget *, const QString &, const QString &);
+using Answer = void (*)(QMessageBox &);
+Q_DECLARE_METATYPE(Statement)
+Q_DECLARE_METATYPE(Question)
+Q_DECLARE_METATYPE(Answer)
+Q_DECLARE_METATYPE(QMessageBox::Icon)
+
+class TestMessageBoxes : public QObject {
+    Q_OBJECT
+
+private:
+    static void addQuestions()
+    {
+        QTest::addColumn<Question>("ask");
+        QTest::addColumn<QMessageBox::Icon>("icon");
+        QTest::newRow("question") << &MessageBoxes::question << QMessageBox::Question;
+        QTest::newRow("warning question") << &MessageBoxes::warningQuestion << QMessageBox::Warning;
+    }
+
+private slots:
+    void aStatementHasTitleTextAndOk_data()
+    {
+        QTest::addColumn<Statement>("state");
+        QTest::addColumn<QMessageBox::Icon>("icon");
+        QTest::newRow("information") << &MessageBoxes::information << QMessageBox::Information;
+        QTest::newRow("warning") << &MessageBoxes::warning << QMessageBox::Warning;
+        QTest::newRow("critical") << &MessageBoxes::critical << QMessageBox::Critical;
+    }
+    void aStatementHasTitleTextAndOk()
+    {
+        QFETCH(const Statement, state);
+        QWidget window;
+        QVERIFY(show(window));
+        Seen seen;
+        const ModalVisitor visitor([&](QWidget &box) {
+            seen = look(messageBox(box));
+            press(Qt::Key_Return);
+        });
+        state(&window, title, text);
+        QVERIFY(visitor.hasVisited());
+        QCOMPARE(seen.title, title);
+        QCOMPARE(seen.text, text);
+        QTEST(seen.icon, "icon");
+        QCOMPARE(seen.buttons, texts({"OK"}));
+        QCOMPARE(seen.defaultButton, QStringLiteral("OK"));
+        QCOMPARE(seen.parent, &window);
+        QVERIFY(seen.isModal);
+    }
+
+    void aStatementIsClosedByEscapeAndMouse_data()
+    {
+        QTest::addColumn<Answer>("answer");
+        QTest::newRow("Escape") << Answer(pressEscape);
+        QTest::newRow("click") << Answer(
+            [](QMessageBox &box) { click(box.button(QMessageBox::Ok)); });
+        QTest::newRow("window closed") << Answer([](QMessageBox &box) { box.close(); });
+    }
+    void aStatementIsClosedByEscapeAndMouse()
+    {
+        QFETCH(const Answer, answer);
+        const ModalVisitor visitor([&](QWidget &box) { answer(messageBox(box)); });
+        MessageBoxes::warning(nullptr, title, text);
+        QVERIFY(visitor.hasVisited());
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+    }
+
+    void aQuestionHasTitleTextYesAndNo_data() { addQuestions(); }
+    void aQuestionHasTitleTextYesAndNo()
+    {
+        QFETCH(const Question, ask);
+        QWidget window;
+        QVERIFY(show(window));
+        Seen seen;
+        const ModalVisitor visitor([&](QWidget &box) {
+            seen = look(messageBox(box));
+            press(Qt::Key_Escape);
+        });
+        QVERIFY(!ask(&window, title, text));
+        QVERIFY(visitor.hasVisited());
+        QCOMPARE(seen.title, title);
+        QCOMPARE(seen.text, text);
+        QTEST(seen.icon, "icon");
+        seen.buttons.sort();
+        QCOMPARE(seen.buttons, texts({"No", "Yes"}));
+        QCOMPARE(seen.defaultButton, QStringLiteral("Yes"));
+        QCOMPARE(seen.parent, &window);
+        QVERIFY(seen.isModal);
+    }
+
+    void onlyYesIsYes_data()
+    {
+        QTest::addColumn<Answer>("answer");
+        QTest::addColumn<bool>("isYes");
+        QTest::newRow("click on Yes")
+            << Answer([](QMessageBox &box) { click(box.button(QMessageBox::Yes)); }) << true;
+        QTest::newRow("click on No")
+            << Answer([](QMessageBox &box) { click(box.button(QMessageBox::No)); }) << false;
+        QTest::newRow("Alt+Y") << Answer([](QMessageBox &) { press(Qt::Key_Y, Qt::AltModifier); })
+                               << true;
+        QTest::newRow("Alt+N") << Answer([](QMessageBox &) { press(Qt::Key_N, Qt::AltModifier); })
+                               << false;
+        QTest::newRow("Enter") << Answer([](QMessageBox &) { press(Qt::Key_Return); }) << true;
+        QTest::newRow("Tab and Enter") << Answer([](QMessageBox &) {
+            press(Qt::Key_Tab);
+            press(Qt::Key_Return);
+        }) << false;
+        QTest::newRow("Escape") << Answer(pressEscape) << false;
+        QTest::newRow("window closed") << Answer([](QMessageBox &box) { box.close(); }) << false;
+    }
+    void onlyYesIsYes()
+    {
+        QFETCH(const Answer, answer);
+        QFETCH(const bool, isYes);
+        for (const Question ask : {&MessageBoxes::question, &MessageBoxes::warningQuestion}) {
+            const ModalVisitor visitor([&](QWidget &box) { answer(messageBox(box)); });
+            QCOMPARE(ask(nullptr, title, text), isYes);
+            QVERIFY(visitor.hasVisited());
+        }
+    }
+
+    void markupIsShownAsItIs_data()
+    {
+        QTest::addColumn<QString>("markup");
+        QTest::newRow("bold") << "<b>bold</b>";
+        QTest::newRow("a link") << "<a href=\"https://example.org\">click</a>";
+        QTest::newRow("a document") << "<html><body>hidden<p>text</body></html>";
+        QTest::newRow("an entity") << "a &amp; b";
+        QTest::newRow("a mnemonic") << "Drums & Bass";
+    }
+    void markupIsShownAsItIs()
+    {
+        QFETCH(const QString, markup);
+        QString labelText;
+        Qt::TextFormat format = Qt::AutoText;
+        const ModalVisitor visitor([&](QWidget &box) {
+            const auto *label = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_label"));
+            labelText = label->text();
+            format = label->textFormat();
+            press(Qt::Key_Escape);
+        });
+        MessageBoxes::critical(nullptr, title, markup);
+        QVERIFY(visitor.hasVisited());
+        QCOMPARE(labelText, markup);
+        QCOMPARE(format, Qt::PlainText);
+    }
+};
+
+QTEST_MAIN(TestMessageBoxes)
+#include "tst_MessageBoxes.moc"
