@@ -1,5 +1,6 @@
 #include "Sound/ChannelPool.h"
 #include "Sound/LiveMix.h"
+#include "WholeSample.h"
 
 #include <QtTest>
 
@@ -63,12 +64,11 @@ private:
         const std::size_t frames = 2000 + 3000 * std::size_t{number};
         const bool isStereo = number % 2 == 0;
         const double rate = number % 3 == 0 ? 48000 : 32000;
-        const auto make = [=](AudioSample &sample) {
-            sample.rate = rate;
+        const auto make = WholeSample::made([=](WholeSample &sample) {
             sample.left = noise(frames, number);
             sample.right = isStereo ? noise(frames, number + 100) : Samples();
             return FMOD_OK;
-        };
+        });
         return {rate, isStereo, m_pool.add(make)};
     }
 
@@ -79,7 +79,7 @@ private:
         const float frequency = static_cast<float>(sound.rate) * pitch;
         SampleCache::Sample prepared;
         m_cache.prepare(sound.samples, double{frequency}, prepared);
-        prepared->sample();
+        prepared->makeUpTo(Preparation::All);
         FMOD::Channel *note = nullptr;
         m_channels.open(sound, &note);
         note->setFrequency(frequency);
@@ -148,11 +148,11 @@ struct SlowSound {
     ChannelSound in(PreparePool &pool)
     {
         const auto gate = opened.get_future().share();
-        return {48000, false, pool.add([gate](AudioSample &sample) {
+        return {48000, false, pool.add(WholeSample::made([gate](WholeSample &sample) {
                     gate.wait();
                     sample.left = {0.125F, 0.25F, 0.5F};
                     return FMOD_OK;
-                })};
+                }))};
     }
 };
 
@@ -203,7 +203,7 @@ void tst_ChannelPool::updateWaitsForNoSample()
     live.fill(samples.data(), 10);
     QVERIFY(samples == Samples(20, 0.0F));
     slow.opened.set_value();
-    sound.samples->sample();
+    sound.samples->makeUpTo(1);
     QCOMPARE(channels.update(), FMOD_OK);
     live.fill(samples.data(), 4);
     samples.resize(8);
@@ -225,7 +225,7 @@ void tst_ChannelPool::stoppedChannelIsNotProvided()
     QCOMPARE(channels.update(), FMOD_OK);
     QCOMPARE(note->stop(), FMOD_OK);
     slow.opened.set_value();
-    sound.samples->sample();
+    sound.samples->makeUpTo(1);
     QCOMPARE(channels.update(), FMOD_OK);
     Samples samples(20, 99.0F);
     live.fill(samples.data(), 10);

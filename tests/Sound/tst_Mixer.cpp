@@ -1,4 +1,5 @@
 #include "Sound/Mixer.h"
+#include "WholeSample.h"
 
 #include <QtTest>
 
@@ -153,10 +154,11 @@ private slots:
 void tst_Mixer::awaitedVoiceStartsOnTime()
 {
     const Samples samples = stairs(100);
+    const CompleteSample sample{samples};
     Mixer mixer(4);
     mixer.await(1, 150, {1, 0.5F});
     Mix mix = mixed(mixer, 100);
-    mixer.provide(1, samples.data(), samples.data(), samples.size());
+    mixer.provide(1, sample);
     append(mix, mixer, 200);
     QVERIFY(slice(mix.left, 0, 150) == Samples(150, 0.0F));
     QVERIFY(slice(mix.left, 150, 100) == samples);
@@ -168,37 +170,41 @@ void tst_Mixer::awaitedVoiceStartsOnTime()
 void tst_Mixer::awaitedVoiceThatComesLateStartsAtOnce()
 {
     const Samples samples = stairs(100);
+    const CompleteSample sample{samples};
     Mixer mixer(4);
     mixer.await(0, 10, {1, 1});
     QVERIFY(mixed(mixer, 100).left == Samples(100, 0.0F));
     QCOMPARE(mixer.voices(), std::size_t{1});
-    mixer.provide(0, samples.data(), samples.data(), samples.size());
+    mixer.provide(0, sample);
     QVERIFY(mixed(mixer, 100).left == samples);
 }
 
 void tst_Mixer::awaitedVoiceKeepsItsPlaceInTheOrder()
 {
     std::vector<Samples> sounds;
+    std::deque<CompleteSample> samples;
     Mixer expected(16);
-    for (unsigned i = 0; i < 11; ++i)
+    for (unsigned i = 0; i < 11; ++i) {
         sounds.push_back(noise(500, i));
+        samples.emplace_back(sounds.back());
+    }
     for (unsigned i = 0; i < 11; ++i)
         expected.start(i, mono(sounds[i], 10 * i, {0.3F, 0.7F}));
     Mixer mixer(16);
     for (unsigned i = 0; i < 11; ++i)
         mixer.await(i, 10 * i, {0.3F, 0.7F});
     for (unsigned i = 11; i-- > 0;)
-        mixer.provide(i, sounds[i].data(), sounds[i].data(), sounds[i].size());
+        mixer.provide(i, samples[i]);
     QVERIFY(mixed(mixer, 700) == mixed(expected, 700));
 }
 
 void tst_Mixer::stoppedVoiceIsNotAwaitedAnyMore()
 {
-    const Samples samples = stairs(100);
+    const CompleteSample sample{stairs(100)};
     Mixer mixer(4);
     mixer.await(3, 50, {1, 1});
     mixer.stop(3);
-    mixer.provide(3, samples.data(), samples.data(), samples.size());
+    mixer.provide(3, sample);
     QVERIFY(mixed(mixer, 200).left == Samples(200, 0.0F));
     QCOMPARE(mixer.voices(), std::size_t{0});
     QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{3});
@@ -207,12 +213,12 @@ void tst_Mixer::stoppedVoiceIsNotAwaitedAnyMore()
 void tst_Mixer::samplesAreProvidedOnce()
 {
     const Samples samples = stairs(100);
-    const Samples others = stairs(50, 2.0F);
+    const CompleteSample others{stairs(50, 2.0F)};
     Mixer mixer(2);
     mixer.start(0, mono(samples));
-    mixer.provide(0, others.data(), others.data(), others.size());
-    mixer.provide(1, others.data(), others.data(), others.size());
-    mixer.provide(2, others.data(), others.data(), others.size());
+    mixer.provide(0, others);
+    mixer.provide(1, others);
+    mixer.provide(2, others);
     mixer.await(0, 0, {1, 1});
     mixer.await(2, 0, {1, 1});
     QVERIFY(mixed(mixer, 100).left == samples);

@@ -1,5 +1,7 @@
 #include "Sound/PreparePool.h"
 
+#include "WholeSample.h"
+
 #include <QtTest>
 
 #include <atomic>
@@ -16,21 +18,21 @@ struct Gate {
 
     Preparation::Make job()
     {
-        return [this](AudioSample &sample) {
+        return WholeSample::made([this](WholeSample &sample) {
             started.set_value();
             opened.get_future().wait();
             sample.left = {1, 2, 3};
             return FMOD_OK;
-        };
+        });
     }
 };
 
 Preparation::Make counting(std::atomic<int> &runs)
 {
-    return [&runs](AudioSample &sample) {
+    return WholeSample::made([&runs](WholeSample &sample) {
         sample.left.assign(static_cast<std::size_t>(++runs), 0.5F);
         return FMOD_OK;
-    };
+    });
 }
 
 } // namespace
@@ -63,12 +65,11 @@ void tst_PreparePool::sampleIsMadeOnce()
 {
     std::atomic<int> runs{0};
     Preparation preparation(counting(runs));
-    QVERIFY(!preparation.isDone());
-    preparation.run();
-    QVERIFY(preparation.isDone());
-    preparation.run();
-    QCOMPARE(preparation.sample().frames(), std::size_t{1});
-    QCOMPARE(&preparation.sample(), &preparation.sample());
+    QVERIFY(!preparation.sample().isComplete());
+    preparation.run(Preparation::All);
+    QVERIFY(preparation.sample().isComplete());
+    preparation.run(Preparation::All);
+    QCOMPARE(whole(preparation).frames(), std::size_t{1});
     QCOMPARE(runs.load(), 1);
 }
 
@@ -80,9 +81,9 @@ void tst_PreparePool::sampleIsMadeByTheOneWhoNeedsItFirst()
     const auto first = pool.add(gate.job());
     gate.started.get_future().wait();
     const auto second = pool.add(counting(runs));
-    QCOMPARE(second->sample().frames(), std::size_t{1}); // the only thread is busy
+    QCOMPARE(whole(*second).frames(), std::size_t{1}); // the only thread is busy
     gate.opened.set_value();
-    QCOMPARE(first->sample().frames(), std::size_t{3});
+    QCOMPARE(whole(*first).frames(), std::size_t{3});
     QCOMPARE(runs.load(), 1);
 }
 
@@ -90,12 +91,12 @@ void tst_PreparePool::withoutThreadsTheCallerMakesIt()
 {
     PreparePool pool(0);
     std::thread::id worker;
-    const auto preparation = pool.add([&worker](AudioSample &) {
+    const auto preparation = pool.add(WholeSample::made([&worker](WholeSample &) {
         worker = std::this_thread::get_id();
         return FMOD_OK;
-    });
-    QVERIFY(!preparation->isDone());
-    preparation->sample();
+    }));
+    QVERIFY(!preparation->sample().isComplete());
+    preparation->makeUpTo(1);
     QVERIFY(worker == std::this_thread::get_id());
 }
 
@@ -103,10 +104,10 @@ void tst_PreparePool::threadsMakeWhatNobodyWaitsFor()
 {
     std::promise<std::thread::id> worker;
     PreparePool pool(2);
-    const auto preparation = pool.add([&worker](AudioSample &) {
+    const auto preparation = pool.add(WholeSample::made([&worker](WholeSample &) {
         worker.set_value(std::this_thread::get_id());
         return FMOD_OK;
-    });
+    }));
     QVERIFY(worker.get_future().get() != std::this_thread::get_id());
 }
 
@@ -117,10 +118,10 @@ void tst_PreparePool::waiterGetsWhatAnotherThreadMakes()
     const auto preparation = pool.add(gate.job());
     gate.started.get_future().wait();
     auto waiter =
-        std::async(std::launch::async, [preparation] { return preparation->sample().frames(); });
-    QVERIFY(!preparation->isDone());
+        std::async(std::launch::async, [preparation] { return whole(*preparation).frames(); });
+    QVERIFY(!preparation->sample().isComplete());
     gate.opened.set_value();
-    QCOMPARE(preparation->sample().frames(), std::size_t{3});
+    QCOMPARE(whole(*preparation).frames(), std::size_t{3});
     QCOMPARE(waiter.get(), std::size_t{3});
 }
 
@@ -130,17 +131,17 @@ void tst_PreparePool::jobsMayBuildOnOthers()
         PreparePool pool(threads);
         std::vector<std::shared_ptr<Preparation>> results;
         for (std::size_t i = 1; i <= 200; ++i) {
-            const auto source = pool.add([i](AudioSample &sample) {
+            const auto source = pool.add(WholeSample::made([i](WholeSample &sample) {
                 sample.left.assign(i, 1.0F);
                 return FMOD_OK;
-            });
-            results.push_back(pool.add([source](AudioSample &sample) {
-                sample.left.assign(2 * source->sample().frames(), 1.0F);
-                return FMOD_OK;
             }));
+            results.push_back(pool.add(WholeSample::made([source](WholeSample &sample) {
+                sample.left.assign(2 * whole(*source).frames(), 1.0F);
+                return FMOD_OK;
+            })));
         }
         for (std::size_t i = 200; i > 0; --i)
-            QCOMPARE(results[i - 1]->sample().frames(), 2 * i);
+            QCOMPARE(whole(*results[i - 1]).frames(), 2 * i);
     }
 }
 
@@ -150,8 +151,9 @@ void tst_PreparePool::manyThreadsAskForTheSame()
     PreparePool pool(4);
     for (int round = 0; round < 100; ++round) {
         const auto preparation = pool.add(counting(runs));
-        auto other = std::async(std::launch::async, [preparation] { preparation->run(); });
-        QCOMPARE(preparation->sample().frames(), static_cast<std::size_t>(round + 1));
+        auto other =
+            std::async(std::launch::async, [preparation] { preparation->run(Preparation::All); });
+        QCOMPARE(whole(*preparation).frames(), static_cast<std::size_t>(round + 1));
         other.get();
     }
     QCOMPARE(runs.load(), 100);
@@ -159,13 +161,14 @@ void tst_PreparePool::manyThreadsAskForTheSame()
 
 void tst_PreparePool::errorGivesSilenceAndIsToldOnce()
 {
-    Preparation preparation([](AudioSample &sample) {
+    Preparation preparation(WholeSample::made([](WholeSample &sample) {
         sample.left = {1, 2, 3};
         return FMOD_ERR_FILE_BAD;
-    });
+    }));
+    preparation.run(1);
     QCOMPARE(preparation.takeError(), FMOD_ERR_FILE_BAD);
     QCOMPARE(preparation.takeError(), FMOD_OK);
-    QCOMPARE(preparation.sample().frames(), std::size_t{0});
+    QCOMPARE(whole(preparation).frames(), std::size_t{0});
 }
 
 void tst_PreparePool::exceptionGivesSilenceAndAnError_data()
@@ -181,22 +184,23 @@ void tst_PreparePool::exceptionGivesSilenceAndAnError()
     QFETCH(bool, lacksMemory);
     QFETCH(int, error);
     PreparePool pool(1);
-    const auto preparation = pool.add([lacksMemory](AudioSample &sample) -> FMOD_RESULT {
-        sample.left = {1, 2, 3};
-        if (lacksMemory)
-            throw std::bad_alloc();
-        throw std::runtime_error("odd");
-    });
-    QCOMPARE(preparation->sample().frames(), std::size_t{0});
+    const auto preparation =
+        pool.add(WholeSample::made([lacksMemory](WholeSample &sample) -> FMOD_RESULT {
+            sample.left = {1, 2, 3};
+            if (lacksMemory)
+                throw std::bad_alloc();
+            throw std::runtime_error("odd");
+        }));
+    QCOMPARE(whole(*preparation).frames(), std::size_t{0});
     QCOMPARE(int{preparation->takeError()}, error);
 }
 
 void tst_PreparePool::jobsMemoryGoesWithTheJob()
 {
     const auto bytes = std::make_shared<int>(7);
-    Preparation preparation([bytes](AudioSample &) { return FMOD_OK; });
+    Preparation preparation(WholeSample::made([bytes](WholeSample &) { return FMOD_OK; }));
     QCOMPARE(bytes.use_count(), 2L);
-    preparation.run();
+    preparation.run(Preparation::All);
     QCOMPARE(bytes.use_count(), 1L);
 }
 
@@ -210,7 +214,7 @@ void tst_PreparePool::whatNobodyHoldsIsNotMade()
     pool.add(counting(runs));
     const auto last = pool.add(counting(runs));
     gate.opened.set_value();
-    QCOMPARE(last->sample().frames(), std::size_t{1});
+    QCOMPARE(whole(*last).frames(), std::size_t{1});
     QCOMPARE(runs.load(), 1);
 }
 
@@ -224,8 +228,8 @@ void tst_PreparePool::longQueueIsWorkedOffByTheCaller()
     QCOMPARE(runs.load(), 0);
     all.push_back(pool.add(counting(runs)));
     QCOMPARE(runs.load(), 1);
-    QVERIFY(all.front()->isDone());
-    QVERIFY(!all.back()->isDone());
+    QVERIFY(all.front()->sample().isComplete());
+    QVERIFY(!all.back()->sample().isComplete());
 }
 
 void tst_PreparePool::queueMayBeLongerWhereNobodyHasTime()
@@ -250,11 +254,11 @@ void tst_PreparePool::callerStandsInForThreadsThatAreMissing()
     pool.add(counting(runs)); // nobody holds it
     const auto last = pool.add(counting(runs));
     pool.standIn();
-    QVERIFY(first->isDone());
+    QVERIFY(first->sample().isComplete());
     pool.standIn();
-    QVERIFY(!last->isDone());
+    QVERIFY(!last->sample().isComplete());
     pool.standIn();
-    QVERIFY(last->isDone());
+    QVERIFY(last->sample().isComplete());
     pool.standIn();
     QCOMPARE(runs.load(), 2);
 }
@@ -270,7 +274,7 @@ void tst_PreparePool::callerDoesNotStandInForThreads()
     pool.standIn();
     QCOMPARE(runs.load(), 0);
     gate.opened.set_value();
-    QCOMPARE(queued->sample().frames(), std::size_t{1});
+    QCOMPARE(whole(*queued).frames(), std::size_t{1});
 }
 
 void tst_PreparePool::endWaitsForTheRunningAndLeavesTheRest()
@@ -286,9 +290,9 @@ void tst_PreparePool::endWaitsForTheRunningAndLeavesTheRest()
         gate.started.get_future().wait();
         gate.opened.set_value();
     }
-    QVERIFY(running->isDone());
-    QCOMPARE(running->sample().frames(), std::size_t{3});
-    QCOMPARE(queued->sample().frames(), std::size_t{1});
+    QVERIFY(running->sample().isComplete());
+    QCOMPARE(whole(*running).frames(), std::size_t{3});
+    QCOMPARE(whole(*queued).frames(), std::size_t{1});
     QCOMPARE(runs.load(), 1);
 }
 

@@ -1,6 +1,7 @@
 #include "Sound/SampleCache.h"
 
 #include "Sound/Decoder.h"
+#include "WholeSample.h"
 
 #include <QtTest>
 
@@ -13,11 +14,8 @@ constexpr std::size_t KiB = 1024;
 
 SampleCache::Sample sampleOf(std::size_t frames, bool stereo = false)
 {
-    return std::make_shared<Preparation>([frames, stereo](AudioSample &sample) {
-        sample.left.assign(frames, 0.5F);
-        sample.right.assign(stereo ? frames : 0, 0.25F);
-        return FMOD_OK;
-    });
+    return WholeSample::preparation(
+        {std::vector<float>(frames, 0.5F), std::vector<float>(stereo ? frames : 0, 0.25F)});
 }
 
 /// A cache for which the calling thread does the work, whenever a sample is asked for.
@@ -35,7 +33,7 @@ SampleCache::Sample prepared(SampleCache &cache, const SampleCache::Sample &sour
     SampleCache::Sample result;
     if (cache.prepare(source, rate, result) != FMOD_OK)
         qFatal("preparing failed");
-    result->run();
+    result->run(Preparation::All);
     cache.settle();
     return result;
 }
@@ -169,7 +167,7 @@ void tst_SampleCache::sampleThatIsNotMadeYetIsFoundToo()
     SampleCache::Sample second;
     QCOMPARE(cache.prepare(source, 24000, first), FMOD_OK);
     QCOMPARE(cache.prepare(source, 24000, second), FMOD_OK);
-    QVERIFY(!first->isDone());
+    QVERIFY(!first->sample().isComplete());
     QCOMPARE(first, second);
     QCOMPARE(cache.count(), std::size_t{1});
 }
@@ -181,7 +179,7 @@ void tst_SampleCache::sampleIsCountedWhenItIsMade()
     QCOMPARE(cache.prepare(sampleOf(100), 24000, result), FMOD_OK);
     cache.settle();
     QCOMPARE(cache.bytes(), std::size_t{0});
-    result->run();
+    result->run(Preparation::All);
     QCOMPARE(cache.bytes(), std::size_t{0});
     cache.settle();
     QCOMPARE(cache.bytes(), std::size_t{800});
@@ -215,7 +213,7 @@ void tst_SampleCache::forgottenSoundIsNotMade()
     QVERIFY(!watched.expired());
     cache.forget(source);
     QVERIFY(watched.expired());
-    QVERIFY(!source->isDone());
+    QVERIFY(!source->sample().isComplete());
     cache.settle();
     QCOMPARE(cache.bytes(), std::size_t{0});
 }
@@ -224,7 +222,7 @@ void tst_SampleCache::brokenSoundIsSilentAtEveryRate()
 {
     Cache cache(100 * KiB);
     const auto source =
-        std::make_shared<Preparation>([](AudioSample &) { return FMOD_ERR_FILE_BAD; });
+        std::make_shared<Preparation>([](AudioSample &, std::size_t) { return FMOD_ERR_FILE_BAD; });
     const auto result = prepared(cache, source, 24000);
     QCOMPARE(result->sample().frames(), std::size_t{0});
     QCOMPARE(result->takeError(), FMOD_OK);
@@ -261,7 +259,7 @@ void tst_SampleCache::absurdRatesAreRefused()
     Cache cache(100 * KiB);
     SampleCache::Sample result = sampleOf(7);
     QCOMPARE(cache.prepare(sampleOf(10), rate, result), FMOD_ERR_INVALID_PARAM);
-    QCOMPARE(result->sample().frames(), std::size_t{7});
+    QCOMPARE(whole(*result).frames(), std::size_t{7});
     QCOMPARE(cache.count(), std::size_t{0});
 }
 
