@@ -156,6 +156,68 @@ struct SlowSound {
     }
 };
 
+/// A sound that is made in portions of 100 frames and tells how far it got.
+ChannelSound longSound(PreparePool &pool, std::size_t length, double rate = 48000)
+{
+    return {rate, false, pool.add([length](AudioSample &sample, std::size_t frames) {
+                if (sample.frames() == 0)
+                    sample.allocate(length, false);
+                const Samples portion = noise(100, 7);
+                while (!sample.has(frames)) {
+                    sample.append(portion.data(), nullptr, 100);
+                    sample.publish();
+                    if (sample.frames() == length)
+                        sample.complete();
+                }
+                return FMOD_OK;
+            })};
+}
+
+/// Without threads: every update of a live system makes one piece.
+struct Stage {
+    PreparePool pool{0};
+    SampleCache cache{48000, 100000000, pool};
+    ChannelPool channels{cache};
+    LiveMix live{channels.mixer()};
+
+    FMOD::Channel *play(const ChannelSound &sound, unsigned clock = 0)
+    {
+        FMOD::Channel *note = nullptr;
+        channels.open(sound, &note);
+        note->setPan(-1);
+        note->setDelay(FMOD_DELAYTYPE_DSPCLOCK_START, 0, clock);
+        note->setPaused(false);
+        return note;
+    }
+
+    void update()
+    {
+        pool.standIn();
+        channels.update();
+    }
+
+    /// The left side of the next frames.
+    Samples pull(std::size_t frames)
+    {
+        Samples both(2 * frames);
+        live.fill(both.data(), frames);
+        Samples left(frames);
+        for (std::size_t i = 0; i < frames; ++i)
+            left[i] = both[2 * i];
+        return left;
+    }
+};
+
+/// Frame by frame what sounds of longSound().
+bool isLongSound(const Samples &heard, std::size_t from)
+{
+    const Samples portion = noise(100, 7);
+    for (std::size_t i = 0; i < heard.size(); ++i)
+        if (heard[i] != portion[(from + i) % 100])
+            return false;
+    return true;
+}
+
 } // namespace
 
 class tst_ChannelPool : public QObject {
@@ -166,6 +228,12 @@ private slots:
     void liveMixIsTheOfflineMix();
     void updateWaitsForNoSample();
     void stoppedChannelIsNotProvided();
+    void chordOfUnheardSoundsGetsItsHeadsFirst();
+    void longSoundIsHeardToItsEnd();
+    void voicesAtDifferentPlacesShareASample();
+    void nothingIsMadeForAStoppedVoice();
+    void fileWaitsForWhatItNeedsAlone();
+    void framesThatAreMissingAreSilentAndCounted();
 };
 
 void tst_ChannelPool::liveMixIsTheOfflineMix_data()
@@ -230,6 +298,130 @@ void tst_ChannelPool::stoppedChannelIsNotProvided()
     Samples samples(20, 99.0F);
     live.fill(samples.data(), 10);
     QVERIFY(samples == Samples(20, 0.0F));
+}
+
+void tst_ChannelPool::chordOfUnheardSoundsGetsItsHeadsFirst()
+{
+    constexpr unsigned Tracks = 16;
+    Stage stage;
+    std::vector<ChannelSound> sounds;
+    for (unsigned i = 0; i < Tracks; ++i) {
+        sounds.push_back(longSound(stage.pool, 240000));
+        stage.play(sounds.back(), 4800);
+    }
+    const auto hasHead = [](const ChannelSound &sound) {
+        return sound.samples->sample().frames() == Preparation::HeadFrames;
+    };
+    for (unsigned i = 1; i <= Tracks; ++i) {
+        stage.update();
+        QCOMPARE(std::count_if(sounds.begin(), sounds.end(), hasHead), std::ptrdiff_t{i});
+        QVERIFY(hasHead(sounds[i - 1]));
+        stage.pull(256);
+    }
+    QVERIFY(stage.pull(704) == Samples(704, 0.0F));
+    stage.update();
+    const Samples heard = stage.pull(1);
+    QCOMPARE(heard[0], std::clamp(16 * noise(1, 7)[0], -1.0F, 1.0F));
+    QCOMPARE(stage.channels.lateStarts(), std::uint64_t{0});
+}
+
+void tst_ChannelPool::longSoundIsHeardToItsEnd()
+{
+    Stage stage;
+    const ChannelSound sound = longSound(stage.pool, 240000);
+    stage.update();
+    stage.play(sound);
+    stage.update();
+    Samples heard;
+    while (heard.size() < 240000) {
+        stage.update();
+        const std::size_t made = sound.samples->sample().frames();
+        QVERIFY(made >= heard.size());
+        QVERIFY(made <= heard.size() + 24000);
+        const Samples more = stage.pull(480);
+        heard.insert(heard.end(), more.begin(), more.end());
+    }
+    QVERIFY(isLongSound(heard, 0));
+    QVERIFY(stage.pull(500) == Samples(500, 0.0F));
+    QCOMPARE(stage.channels.missedFrames(), std::uint64_t{0});
+}
+
+void tst_ChannelPool::voicesAtDifferentPlacesShareASample()
+{
+    Stage stage;
+    const ChannelSound sound = longSound(stage.pool, 100000);
+    stage.update();
+    stage.play(sound)->setPan(-1);
+    FMOD::Channel *const second = stage.play(sound, 30000);
+    second->setPan(1);
+    Samples left;
+    Samples right;
+    while (left.size() < 130000) {
+        stage.update();
+        Samples both(2 * 500);
+        stage.live.fill(both.data(), 500);
+        for (std::size_t i = 0; i < both.size(); i += 2) {
+            left.push_back(both[i]);
+            right.push_back(both[i + 1]);
+        }
+    }
+    QVERIFY(isLongSound(Samples(left.begin(), left.begin() + 100000), 0));
+    QVERIFY(isLongSound(Samples(right.begin() + 30000, right.end()), 0));
+    QCOMPARE(stage.channels.missedFrames(), std::uint64_t{0});
+}
+
+void tst_ChannelPool::nothingIsMadeForAStoppedVoice()
+{
+    Stage stage;
+    const ChannelSound sound = longSound(stage.pool, 240000);
+    stage.update();
+    FMOD::Channel *const note = stage.play(sound);
+    for (int i = 0; i < 50; ++i) {
+        stage.update();
+        stage.pull(480);
+    }
+    note->stop();
+    stage.update();
+    stage.pull(480); // its fade is over
+    for (int i = 0; i < 5; ++i)
+        stage.update();
+    const std::size_t made = sound.samples->sample().frames();
+    QVERIFY(made < 50000);
+    for (int i = 0; i < 500; ++i) {
+        stage.pull(480);
+        stage.update();
+    }
+    QCOMPARE(sound.samples->sample().frames(), made);
+}
+
+void tst_ChannelPool::fileWaitsForWhatItNeedsAlone()
+{
+    Stage stage;
+    const ChannelSound sound = longSound(stage.pool, 240000);
+    stage.play(sound);
+    Samples left(1024);
+    Samples right(1024);
+    for (std::size_t frames = 0; frames < 100 * 1024; frames += 1024) {
+        stage.channels.mix(left.data(), right.data(), 1024);
+        QVERIFY(isLongSound(left, frames));
+        QVERIFY(sound.samples->sample().frames() <= std::max<std::size_t>(14400, frames + 1200));
+    }
+}
+
+void tst_ChannelPool::framesThatAreMissingAreSilentAndCounted()
+{
+    Stage stage;
+    const ChannelSound sound = longSound(stage.pool, 240000);
+    stage.update();
+    stage.play(sound);
+    stage.update();
+    QVERIFY(isLongSound(stage.pull(14400), 0));
+    QVERIFY(stage.pull(250) == Samples(250, 0.0F));
+    QCOMPARE(stage.channels.missedFrames(), std::uint64_t{250});
+    stage.update();
+    stage.update();
+    QVERIFY(isLongSound(stage.pull(1000), 14650));
+    QCOMPARE(stage.channels.missedFrames(), std::uint64_t{250});
 }
 
 QTEST_APPLESS_MAIN(tst_ChannelPool)

@@ -112,6 +112,11 @@ private slots:
     void announcedLengthIsNotBelieved();
     void tooLongSoundIsRefused();
     void absurdRateIsRefused();
+    void piecesGiveTheWhole_data() { formatsAreKnown_data(); }
+    void piecesGiveTheWhole();
+    void headIsNotTheWhole();
+    void implausibleLengthIsShownAtTheEnd();
+    void onlyLargeFilesStayOpen();
 };
 
 void tst_Decoder::sixteenBitSamplesAreExact()
@@ -371,6 +376,70 @@ void tst_Decoder::absurdRateIsRefused()
     QCOMPARE(decoded(SoundFiles::encode16(999, 1, {1})).result, FMOD_ERR_FORMAT);
     QCOMPARE(decoded(SoundFiles::encode16(768001, 1, {1})).result, FMOD_ERR_FORMAT);
     QCOMPARE(decoded(SoundFiles::encode16(768000, 1, {1})).result, FMOD_OK);
+}
+
+void tst_Decoder::piecesGiveTheWhole()
+{
+    QFETCH(int, format);
+    for (const int channels : {1, 2}) {
+        const QByteArray bytes = SoundFiles::encode(format, 48000, channels, sine(50000, channels));
+        SoundFile file;
+        file.openMemory(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+        AudioSample sample;
+        while (!sample.isComplete())
+            QCOMPARE(file.decode(sample, sample.frames() + 777), FMOD_OK);
+        QVERIFY(WholeSample(sample).left == decoded(bytes).sample.left);
+        QVERIFY(WholeSample(sample).right == decoded(bytes).sample.right);
+    }
+}
+
+void tst_Decoder::headIsNotTheWhole()
+{
+    const QByteArray bytes = SoundFiles::encode(Vorbis, 48000, 2, sine(100000, 2));
+    SoundFile file;
+    file.openMemory(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    AudioSample sample;
+    QCOMPARE(file.decode(sample, 14400), FMOD_OK);
+    QVERIFY(sample.frames() >= 14400);
+    QVERIFY(sample.frames() < 14400 + 4096);
+    QCOMPARE(sample.maxFrames(), std::size_t{100000});
+    QVERIFY(sample.isStereo());
+}
+
+void tst_Decoder::implausibleLengthIsShownAtTheEnd()
+{
+    QByteArray bytes = SoundFiles::encode(Vorbis, 48000, 1, noise(100000));
+    bytes.truncate(bytes.lastIndexOf("OggS"));
+    SoundFile file;
+    file.openMemory(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    AudioSample sample;
+    QCOMPARE(file.decode(sample, 1), FMOD_OK);
+    QVERIFY(sample.isComplete());
+    QVERIFY(sample.frames() > 50000);
+}
+
+void tst_Decoder::onlyLargeFilesStayOpen()
+{
+    const QTemporaryDir directory;
+    const QString name = directory.filePath(QStringLiteral("sound"));
+    writeFile(name, SoundFiles::encode(Wav16, 48000, 1, std::vector<float>(100000, 0.5F)));
+    SoundFile small;
+    QCOMPARE(small.openFile(QFile::encodeName(name).constData()), FMOD_OK);
+    writeFile(name, QByteArray());
+    AudioSample smallSample;
+    QCOMPARE(small.decode(smallSample, 1), FMOD_OK);
+    QVERIFY(!smallSample.isComplete());
+    QCOMPARE(small.decode(smallSample, Preparation::All), FMOD_OK);
+    QCOMPARE(smallSample.frames(), std::size_t{100000});
+
+    // Over 8 MiB. It is closed as soon as it can be.
+    writeFile(name, SoundFiles::encode(Wav16, 48000, 1, std::vector<float>(4200000, 0.5F)));
+    SoundFile large;
+    QCOMPARE(large.openFile(QFile::encodeName(name).constData()), FMOD_OK);
+    AudioSample largeSample;
+    QCOMPARE(large.decode(largeSample, 1), FMOD_OK);
+    QVERIFY(largeSample.isComplete());
+    QCOMPARE(largeSample.frames(), std::size_t{4200000});
 }
 
 QTEST_APPLESS_MAIN(tst_Decoder)

@@ -4,6 +4,7 @@
 
 #include <QtTest>
 
+#include <algorithm>
 #include <atomic>
 #include <future>
 #include <new>
@@ -35,6 +36,43 @@ Preparation::Make counting(std::atomic<int> &runs)
     });
 }
 
+/// Counts up to `length` in portions of 100 frames, and notes in which order this happens.
+class Portions {
+public:
+    explicit Portions(std::size_t length)
+        : m_length(length)
+    {
+    }
+
+    Preparation::Make job(int name)
+    {
+        return [this, name](AudioSample &sample, std::size_t frames) {
+            if (sample.maxFrames() == 0)
+                sample.allocate(m_length, false);
+            m_order.push_back(name); // by one thread at a time
+            while (!sample.has(frames))
+                append(sample);
+            return FMOD_OK;
+        };
+    }
+
+    const std::vector<int> &order() const { return m_order; }
+
+private:
+    void append(AudioSample &sample) const
+    {
+        const std::vector<float> portion(100, 0.5F);
+        sample.append(portion.data(), portion.data(),
+                      std::min(portion.size(), m_length - sample.frames()));
+        sample.publish();
+        if (sample.frames() == m_length)
+            sample.complete();
+    }
+
+    std::size_t m_length;
+    std::vector<int> m_order;
+};
+
 } // namespace
 
 class tst_PreparePool : public QObject {
@@ -51,6 +89,13 @@ private slots:
     void errorGivesSilenceAndIsToldOnce();
     void exceptionGivesSilenceAndAnError_data();
     void exceptionGivesSilenceAndAnError();
+    void sampleIsMadeAsFarAsItIsWanted();
+    void errorInTheMiddleKeepsWhatWasThere();
+    void jobThatDoesNothingEnds();
+    void readersSeeTheSampleGrow();
+    void allHeadsComeBeforeFurtherPieces();
+    void whatWasAskedForIsMadeOnce();
+    void nothingIsMadeUnasked();
     void jobsMemoryGoesWithTheJob();
     void whatNobodyHoldsIsNotMade();
     void longQueueIsWorkedOffByTheCaller();
@@ -193,6 +238,125 @@ void tst_PreparePool::exceptionGivesSilenceAndAnError()
         }));
     QCOMPARE(whole(*preparation).frames(), std::size_t{0});
     QCOMPARE(int{preparation->takeError()}, error);
+}
+
+void tst_PreparePool::sampleIsMadeAsFarAsItIsWanted()
+{
+    Portions portions(1050);
+    Preparation preparation(portions.job(1));
+    preparation.run(150);
+    QCOMPARE(preparation.sample().frames(), std::size_t{200});
+    QCOMPARE(preparation.sample().maxFrames(), std::size_t{1050});
+    preparation.run(200);
+    QCOMPARE(portions.order().size(), std::size_t{1});
+    preparation.makeUpTo(1050);
+    QCOMPARE(preparation.sample().frames(), std::size_t{1050});
+    QVERIFY(preparation.sample().isComplete());
+    preparation.makeUpTo(Preparation::All);
+    QCOMPARE(portions.order().size(), std::size_t{2});
+    QVERIFY(whole(preparation).left == std::vector<float>(1050, 0.5F));
+}
+
+void tst_PreparePool::errorInTheMiddleKeepsWhatWasThere()
+{
+    Preparation preparation([](AudioSample &sample, std::size_t) {
+        if (sample.frames() > 0)
+            return FMOD_ERR_FILE_BAD;
+        sample.allocate(1000, true);
+        sample.appendSilence(10);
+        sample.publish();
+        sample.appendSilence(20);
+        return FMOD_OK;
+    });
+    preparation.makeUpTo(10);
+    QCOMPARE(preparation.takeError(), FMOD_OK);
+    preparation.makeUpTo(11);
+    QCOMPARE(preparation.takeError(), FMOD_ERR_FILE_BAD);
+    QCOMPARE(preparation.takeError(), FMOD_OK);
+    QVERIFY(preparation.sample().isComplete());
+    QCOMPARE(preparation.sample().frames(), std::size_t{10});
+    QCOMPARE(preparation.sample().maxFrames(), std::size_t{10});
+    QCOMPARE(preparation.sample().bytes(), std::size_t{80});
+}
+
+void tst_PreparePool::jobThatDoesNothingEnds()
+{
+    Preparation preparation([](AudioSample &, std::size_t) { return FMOD_OK; });
+    preparation.makeUpTo(1);
+    QCOMPARE(preparation.takeError(), FMOD_ERR_INTERNAL);
+    QCOMPARE(whole(preparation).frames(), std::size_t{0});
+}
+
+void tst_PreparePool::readersSeeTheSampleGrow()
+{
+    constexpr std::size_t Length = 100000;
+    Portions portions(Length);
+    PreparePool pool(1);
+    const auto preparation = pool.add(portions.job(1));
+    pool.ask(preparation, Length);
+    const AudioSample &sample = preparation->sample();
+    std::size_t seen = 0;
+    while (seen < Length) {
+        const std::size_t frames = sample.frames();
+        for (; seen < frames; ++seen)
+            QCOMPARE(sample.left()[seen], 0.5F);
+    }
+}
+
+void tst_PreparePool::allHeadsComeBeforeFurtherPieces()
+{
+    constexpr int Sounds = 16;
+    Portions portions(100000);
+    Gate gate;
+    PreparePool pool(1);
+    const auto busy = pool.add(gate.job());
+    gate.started.get_future().wait();
+    std::vector<std::shared_ptr<Preparation>> all;
+    std::vector<int> expected;
+    for (int i = 0; i < Sounds; ++i) {
+        all.push_back(pool.add(portions.job(i)));
+        pool.ask(all.back(), 50000);
+        expected.push_back(i);
+    }
+    for (int i = 0; i < Sounds; ++i)
+        expected.push_back(i);
+    gate.opened.set_value();
+    while (!all.back()->sample().has(50000))
+        std::this_thread::yield();
+    for (const auto &preparation : all) {
+        QVERIFY(preparation->sample().frames() >= 50000);
+        QVERIFY(preparation->sample().frames() < 50100);
+    }
+    QVERIFY(portions.order() == expected);
+}
+
+void tst_PreparePool::whatWasAskedForIsMadeOnce()
+{
+    Portions portions(100000);
+    PreparePool pool(0);
+    const auto preparation = pool.add(portions.job(1));
+    pool.ask(preparation, 100); // its head has more
+    pool.standIn();
+    QCOMPARE(preparation->sample().frames(), Preparation::HeadFrames);
+    for (int i = 0; i < 3; ++i)
+        pool.ask(preparation, 20000);
+    pool.standIn();
+    QCOMPARE(preparation->sample().frames(), std::size_t{20000});
+    pool.ask(preparation, 20000);
+    pool.standIn();
+    QCOMPARE(portions.order().size(), std::size_t{2});
+}
+
+void tst_PreparePool::nothingIsMadeUnasked()
+{
+    Portions portions(1000000);
+    std::shared_ptr<Preparation> preparation;
+    {
+        PreparePool pool(2);
+        preparation = pool.add(portions.job(1));
+        preparation->makeUpTo(1);
+    }
+    QVERIFY(preparation->sample().frames() <= Preparation::HeadFrames);
 }
 
 void tst_PreparePool::jobsMemoryGoesWithTheJob()

@@ -5,6 +5,9 @@
 
 #include <QtTest>
 
+#include <soxr.h>
+
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -68,6 +71,47 @@ WholeSample noise(std::size_t frames, bool stereo)
     return sample;
 }
 
+/// A source that is made in portions, and announces more than there is.
+std::shared_ptr<Preparation> growing(const WholeSample &whole, std::size_t announcedFrames)
+{
+    return std::make_shared<Preparation>(
+        [whole, announcedFrames](AudioSample &sample, std::size_t frames) {
+            if (sample.frames() == 0)
+                sample.allocate(announcedFrames, whole.isStereo());
+            while (!sample.has(frames)) {
+                const std::size_t done = sample.frames();
+                const std::size_t count = std::min<std::size_t>(1111, whole.frames() - done);
+                sample.append(whole.left.data() + done,
+                              whole.isStereo() ? whole.right.data() + done : nullptr, count);
+                sample.publish();
+                if (count == 0)
+                    sample.complete();
+            }
+            return FMOD_OK;
+        });
+}
+
+/// One channel by the library alone.
+std::vector<float> atOnce(const std::vector<float> &source, double ratio)
+{
+    const soxr_io_spec_t format = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);
+    const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_HQ, 0);
+    const auto length =
+        static_cast<std::size_t>(std::ceil(static_cast<double>(source.size()) / ratio));
+    std::vector<float> result(length);
+    if (soxr_oneshot(Rate * ratio, Rate, 1, source.data(), source.size(), nullptr, result.data(),
+                     length, nullptr, &format, &quality, nullptr)
+        != nullptr)
+        qFatal("resampling failed");
+    std::transform(result.begin(), result.end(), result.begin(), cleanSample);
+    return result;
+}
+
+WholeSample atOnce(const WholeSample &source, double ratio)
+{
+    return {atOnce(source.left, ratio), atOnce(source.right, ratio)};
+}
+
 } // namespace
 
 class tst_Resampler : public QObject {
@@ -90,6 +134,12 @@ private slots:
     void absurdRatesAreRefused_data();
     void absurdRatesAreRefused();
     void hugeResultIsRefused();
+    void piecesGiveTheWhole_data();
+    void piecesGiveTheWhole();
+    void headNeedsLittleOfTheSource_data();
+    void headNeedsLittleOfTheSource();
+    void sourceMayEndBeforeItsAnnouncedEnd();
+    void resultThatOnlySeemsHugeIsMade();
 };
 
 void tst_Resampler::imagesAndAliasesStay100DecibelsDown_data()
@@ -255,6 +305,69 @@ void tst_Resampler::hugeResultIsRefused()
     WholeSample source;
     source.left.resize(Decoder::MaxSamples / 4);
     QCOMPARE(made(source, Rate / 8).result, FMOD_ERR_MEMORY);
+}
+
+void tst_Resampler::piecesGiveTheWhole_data()
+{
+    imagesAndAliasesStay100DecibelsDown_data();
+    QTest::newRow("slowest") << 1 / 64.0;
+    QTest::newRow("fastest") << 64.0;
+}
+
+/// As the converter's library gives it where it is fed with everything at once.
+void tst_Resampler::piecesGiveTheWhole()
+{
+    QFETCH(double, ratio);
+    const WholeSample source = noise(ratio < 0.1 ? 3000 : 60000, true);
+    const WholeSample expected = atOnce(source, ratio);
+    for (const std::size_t pieceFrames : {std::size_t{701}, std::size_t{14400}, Preparation::All}) {
+        const Outcome outcome = made(source, Rate * ratio, pieceFrames);
+        QVERIFY(outcome.sample.left == expected.left);
+        QVERIFY(outcome.sample.right == expected.right);
+    }
+}
+
+void tst_Resampler::headNeedsLittleOfTheSource_data()
+{
+    QTest::addColumn<double>("ratio");
+    for (const double ratio : {0.25, 0.5, 44100 / 48000.0, 1.5, 4.0})
+        QTest::newRow(qPrintable(QString::number(ratio, 'g', 8))) << ratio;
+}
+
+void tst_Resampler::headNeedsLittleOfTheSource()
+{
+    QFETCH(double, ratio);
+    const auto source = growing(noise(500000, true), 500000);
+    Resampler resampler(source, Rate * ratio, Rate);
+    AudioSample result;
+    QCOMPARE(resampler.make(result, 14400), FMOD_OK);
+    QVERIFY(result.frames() >= 14400);
+    QVERIFY(result.frames() < 14400 + 4096);
+    QVERIFY(static_cast<double>(source->sample().frames()) < 14400 * ratio + 16384);
+}
+
+void tst_Resampler::sourceMayEndBeforeItsAnnouncedEnd()
+{
+    const WholeSample heard = noise(60000, true);
+    for (const double ratio : {0.7, 1.9}) {
+        Resampler resampler(growing(heard, 200000), Rate * ratio, Rate);
+        AudioSample result;
+        QCOMPARE(resampler.make(result, 14400), FMOD_OK);
+        QVERIFY(!result.isComplete());
+        QCOMPARE(resampler.make(result, Preparation::All), FMOD_OK);
+        QVERIFY(WholeSample(result).left == atOnce(heard, ratio).left);
+        QVERIFY(WholeSample(result).right == atOnce(heard, ratio).right);
+    }
+}
+
+void tst_Resampler::resultThatOnlySeemsHugeIsMade()
+{
+    const WholeSample heard = noise(10000, false);
+    Resampler resampler(growing(heard, Decoder::MaxSamples), Rate / 8, Rate);
+    AudioSample result;
+    QCOMPARE(resampler.make(result, 1), FMOD_OK);
+    QCOMPARE(resampler.make(result, Preparation::All), FMOD_OK);
+    QCOMPARE(result.frames(), std::size_t{80000});
 }
 
 QTEST_APPLESS_MAIN(tst_Resampler)

@@ -1,6 +1,7 @@
 #include "Sound/SampleCache.h"
 
 #include "Sound/Decoder.h"
+#include "Sound/Resampler.h"
 #include "WholeSample.h"
 
 #include <QtTest>
@@ -55,6 +56,8 @@ private slots:
     void forgettingDropsAllRatesOfOneSound();
     void sampleThatIsNotMadeYetIsFoundToo();
     void sampleIsCountedWhenItIsMade();
+    void sampleThatGrowsIsCountedAsFarAsItIsMade();
+    void sampleThatGrowsMayBeDropped();
     void whatIsNotMadeYetIsNotDropped();
     void forgottenSoundIsNotMade();
     void brokenSoundIsSilentAtEveryRate();
@@ -185,6 +188,38 @@ void tst_SampleCache::sampleIsCountedWhenItIsMade()
     QCOMPARE(cache.bytes(), std::size_t{800});
     cache.settle();
     QCOMPARE(cache.bytes(), std::size_t{800});
+}
+
+void tst_SampleCache::sampleThatGrowsIsCountedAsFarAsItIsMade()
+{
+    Cache cache(1000 * KiB);
+    SampleCache::Sample result;
+    QCOMPARE(cache.prepare(sampleOf(50000), 24000, result), FMOD_OK);
+    for (const std::size_t frames : {14400, 40000}) {
+        result->run(frames);
+        cache.settle();
+        QVERIFY(!result->sample().isComplete());
+        QCOMPARE(cache.bytes(), 4 * result->sample().frames() + Resampler::WorkingBytes);
+    }
+    result->run(Preparation::All);
+    cache.settle();
+    QCOMPARE(cache.bytes(), std::size_t{400000});
+}
+
+void tst_SampleCache::sampleThatGrowsMayBeDropped()
+{
+    Cache cache(200 * KiB);
+    const auto source = sampleOf(200000);
+    SampleCache::Sample held;
+    QCOMPARE(cache.prepare(source, 24000, held), FMOD_OK);
+    held->run(14400);
+    cache.settle();
+    QCOMPARE(cache.count(), std::size_t{1});
+    held->run(60000);
+    cache.settle();
+    QCOMPARE(cache.count(), std::size_t{0});
+    QCOMPARE(cache.bytes(), std::size_t{0});
+    QCOMPARE(whole(*held).frames(), std::size_t{400000});
 }
 
 void tst_SampleCache::whatIsNotMadeYetIsNotDropped()
