@@ -55,8 +55,8 @@ FMOD_RESULT SampleSupply::settle()
             return true;
         if (!voice.prepared->sample().isComplete())
             return false;
-        for (const Sample &sample : {voice.source, voice.prepared}) {
-            const FMOD_RESULT error = sample->takeError();
+        for (const Sample *sample : {&voice.source, &voice.prepared}) {
+            const FMOD_RESULT error = (*sample)->takeError();
             result = result == FMOD_OK ? error : result;
         }
         voice = {};

@@ -409,7 +409,7 @@ void tst_Decoder::headIsNotTheWhole()
 void tst_Decoder::implausibleLengthIsShownAtTheEnd()
 {
     QByteArray bytes = SoundFiles::encode(Vorbis, 48000, 1, noise(100000));
-    bytes.truncate(bytes.lastIndexOf("OggS"));
+    bytes.chop(1); // it announces 2^63 - 1 frames now
     SoundFile file;
     file.openMemory(bytes.constData(), static_cast<std::size_t>(bytes.size()));
     AudioSample sample;
