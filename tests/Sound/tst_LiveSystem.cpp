@@ -130,6 +130,7 @@ private slots:
     void stopIsRamped();
     void lateSampleStartsFromItsBeginning();
     void readySampleIsNotLate();
+    void soundGoesOnInTimeAfterAGap();
     void failedSampleIsSilentAndToldOnce();
     void voicesUpToTheLimitSound();
     void endedChannelIsHarmless();
@@ -194,6 +195,7 @@ void tst_LiveSystem::waveWriterIsNoLiveSystem()
     QVERIFY(!clock.isRunning());
     QCOMPARE(LiveStatus::problem(*system), std::string());
     QCOMPARE(LiveStatus::lateStarts(*system), std::uint64_t{0});
+    QCOMPARE(LiveStatus::missedFrames(*system), std::uint64_t{0});
 }
 
 void tst_LiveSystem::clockMovesWithTheOutput()
@@ -297,6 +299,32 @@ void tst_LiveSystem::readySampleIsNotLate()
     update(*system);
     QVERIFY((pull(clock, 3) == Samples{0.5F, 7 / 32768.0F, 0}));
     QCOMPARE(LiveStatus::lateStarts(*system), std::uint64_t{0});
+}
+
+void tst_LiveSystem::soundGoesOnInTimeAfterAGap()
+{
+    constexpr std::size_t Length = 60000;
+    VirtualClock clock;
+    const SystemPtr system = start(clock);
+    std::vector<short> samples(Length);
+    for (std::size_t i = 0; i < Length; ++i)
+        samples[i] = static_cast<short>(1 + i % 20000);
+    playAt(*system, load(*system, samples), 0);
+    update(*system);
+    Samples heard = pull(clock, 30000); // in which nobody cares for the rest
+    const auto made =
+        static_cast<std::size_t>(std::find(heard.begin(), heard.end(), 0.0F) - heard.begin());
+    QVERIFY(made >= 14400);
+    QVERIFY(made < 20000);
+    QCOMPARE(LiveStatus::missedFrames(*system), std::uint64_t{30000 - made});
+    while (heard.size() < Length) {
+        update(*system); // asks for more; the next one makes it
+        const Samples more = pull(clock, 1000);
+        heard.insert(heard.end(), more.begin(), more.end());
+    }
+    for (std::size_t i = 0; i < Length; ++i)
+        QCOMPARE(heard[i], i < made || i >= 31000 ? static_cast<float>(samples[i]) / 32768 : 0.0F);
+    QCOMPARE(LiveStatus::missedFrames(*system), std::uint64_t{31000 - made});
 }
 
 void tst_LiveSystem::failedSampleIsSilentAndToldOnce()
