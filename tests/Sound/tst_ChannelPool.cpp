@@ -358,7 +358,7 @@ void tst_ChannelPool::voicesAtDifferentPlacesShareASample()
     Samples right;
     while (left.size() < 130000) {
         stage.update();
-        Samples both(2 * 500);
+        Samples both(1000);
         stage.live.fill(both.data(), 500);
         for (std::size_t i = 0; i < both.size(); i += 2) {
             left.push_back(both[i]);
@@ -401,7 +401,7 @@ void tst_ChannelPool::fileWaitsForWhatItNeedsAlone()
     stage.play(sound);
     Samples left(1024);
     Samples right(1024);
-    for (std::size_t frames = 0; frames < 100 * 1024; frames += 1024) {
+    for (std::size_t frames = 0; frames < 102400; frames += 1024) {
         stage.channels.mix(left.data(), right.data(), 1024);
         QVERIFY(isLongSound(left, frames));
         QVERIFY(sound.samples->sample().frames() <= std::max<std::size_t>(14400, frames + 1200));
