@@ -82,6 +82,7 @@ public:
 
     std::string liveProblem() const;
     std::uint64_t lateStarts() const;
+    std::uint64_t missedFrames() const;
 
 private:
     bool isInitialised() const { return m_channels != nullptr; }
@@ -304,7 +305,8 @@ FMOD_RESULT BuiltinSystem::addSound(const char *nameOrData, FMOD_MODE mode,
     if (result != FMOD_OK)
         return result;
     ChannelSound heard = {file->rate(), file->isStereo(), nullptr};
-    heard.samples = m_pool.add([file](AudioSample &sample) { return file->decode(sample); });
+    heard.samples = m_pool.add(
+        [file](AudioSample &sample, std::size_t frames) { return file->decode(sample, frames); });
     auto made = std::make_unique<BuiltinSound>(*this, std::move(heard));
     FMOD::Sound *const address = made.get();
     m_sounds.emplace(address, std::move(made));
@@ -380,6 +382,11 @@ std::uint64_t BuiltinSystem::lateStarts() const
     return isLive() ? m_channels->lateStarts() : 0;
 }
 
+std::uint64_t BuiltinSystem::missedFrames() const
+{
+    return isLive() ? m_channels->missedFrames() : 0;
+}
+
 } // namespace
 
 FMOD_RESULT createBuiltinSystem(FMOD::System **system, unsigned threads, AudioOutputFactory outputs)
@@ -420,4 +427,10 @@ std::uint64_t LiveStatus::lateStarts(FMOD::System &system)
 {
     const auto *const builtin = dynamic_cast<const BuiltinSystem *>(&system);
     return builtin != nullptr ? builtin->lateStarts() : 0;
+}
+
+std::uint64_t LiveStatus::missedFrames(FMOD::System &system)
+{
+    const auto *const builtin = dynamic_cast<const BuiltinSystem *>(&system);
+    return builtin != nullptr ? builtin->missedFrames() : 0;
 }

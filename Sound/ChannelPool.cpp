@@ -11,6 +11,11 @@ namespace {
 
 constexpr float QuarterPi = 0.785398163F;
 
+// How far ahead of the clock further pieces are queued. A device waits for nobody; a file does,
+// and most of its notes end before their samples do.
+constexpr std::uint64_t LiveAhead = 12000; // 0.25 s
+constexpr std::uint64_t FileAhead = 2400;
+
 /// Sines from both sides: the silent side of a hard pan is exactly 0, the other exactly 1.
 Mixer::Gain constantPower(float volume, float pan)
 {
@@ -139,6 +144,7 @@ Mixer::Gain BuiltinChannel::gain() const
 ChannelPool::ChannelPool(SampleCache &cache)
     : m_cache(cache)
     , m_bank(MaxVoices)
+    , m_supply(cache, MaxVoices)
     , m_bySlot(MaxVoices, nullptr)
 {
 }
@@ -162,7 +168,11 @@ FMOD_RESULT ChannelPool::open(const ChannelSound &sound, FMOD::Channel **channel
 
 FMOD_RESULT ChannelPool::mix(float *left, float *right, std::size_t frames)
 {
-    const FMOD_RESULT result = provideDue(frames);
+    provideDue(frames);
+    const std::uint64_t end = clock() + frames;
+    m_supply.makeUpTo(end);
+    m_supply.ask(end + FileAhead);
+    const FMOD_RESULT result = m_supply.settle();
     m_cache.settle();
     m_bank.mixer().mixAfterAll(left, right, frames);
     collectEnded();
@@ -172,13 +182,15 @@ FMOD_RESULT ChannelPool::mix(float *left, float *right, std::size_t frames)
 FMOD_RESULT ChannelPool::update()
 {
     collectEnded();
-    const FMOD_RESULT result = provideReady();
+    provideReady();
+    m_supply.ask(clock() + LiveAhead);
+    const FMOD_RESULT result = m_supply.settle();
     m_cache.settle();
     m_bank.mixer().flush();
     return result;
 }
 
-FMOD_RESULT ChannelPool::provideDue(std::size_t frames)
+void ChannelPool::provideDue(std::size_t frames)
 {
     dropStopped();
     const std::uint64_t end = clock() + frames;
@@ -186,28 +198,25 @@ FMOD_RESULT ChannelPool::provideDue(std::size_t frames)
         return a.channel->m_startClock >= end;
     });
     // First what no thread has come to yet: the others finish theirs meanwhile.
-    std::for_each(due, m_awaited.end(), [](const Awaited &a) { a.channel->m_prepared->run(); });
-    return provideFrom(due);
+    for (auto it = due; it != m_awaited.end(); ++it)
+        it->channel->m_prepared->run(Preparation::HeadFrames);
+    for (auto it = due; it != m_awaited.end(); ++it)
+        it->channel->m_prepared->makeUpTo(Preparation::HeadFrames);
+    provideFrom(due);
 }
 
-FMOD_RESULT ChannelPool::provideReady()
+void ChannelPool::provideReady()
 {
     dropStopped();
-    return provideFrom(std::partition(m_awaited.begin(), m_awaited.end(), [](const Awaited &a) {
-        return !a.channel->m_prepared->isDone();
+    provideFrom(std::partition(m_awaited.begin(), m_awaited.end(), [](const Awaited &a) {
+        return !a.channel->m_prepared->sample().has(Preparation::HeadFrames);
     }));
 }
 
-/// Answers the first error.
-FMOD_RESULT ChannelPool::provideFrom(std::vector<Awaited>::iterator first)
+void ChannelPool::provideFrom(std::vector<Awaited>::iterator first)
 {
-    FMOD_RESULT result = FMOD_OK;
-    std::for_each(first, m_awaited.end(), [&](const Awaited &a) {
-        const FMOD_RESULT error = provide(*a.channel);
-        result = result == FMOD_OK ? error : result;
-    });
+    std::for_each(first, m_awaited.end(), [this](const Awaited &a) { provide(*a.channel); });
     m_awaited.erase(first, m_awaited.end());
-    return result;
 }
 
 void ChannelPool::dropStopped()
@@ -220,12 +229,12 @@ bool ChannelPool::isStopped(const Awaited &awaited)
     return awaited.channel->m_uses != awaited.uses || awaited.channel->m_prepared == nullptr;
 }
 
-FMOD_RESULT ChannelPool::provide(BuiltinChannel &channel)
+void ChannelPool::provide(BuiltinChannel &channel)
 {
     const SampleCache::Sample prepared = std::move(channel.m_prepared);
     m_bank.provide(channel.m_slot, VoiceBank::Sample(prepared, &prepared->sample()));
-    const FMOD_RESULT error = channel.m_sound.samples->takeError();
-    return error != FMOD_OK ? error : prepared->takeError();
+    const std::uint64_t begin = std::max(channel.m_startClock, clock());
+    m_supply.add(channel.m_slot, channel.m_sound.samples, prepared, begin);
 }
 
 BuiltinChannel &ChannelPool::freeChannel()
@@ -254,6 +263,7 @@ void ChannelPool::recycle(BuiltinChannel &channel)
 void ChannelPool::collectEnded()
 {
     for (const VoiceBank::Slot slot : m_bank.collectEnded()) {
+        m_supply.remove(slot);
         BuiltinChannel *const channel = std::exchange(m_bySlot[slot], nullptr);
         if (channel != nullptr)
             endBySelf(*channel);

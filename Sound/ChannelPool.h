@@ -2,6 +2,7 @@
 
 #include "Sound/Fmod.h"
 #include "Sound/SampleCache.h"
+#include "Sound/SampleSupply.h"
 #include "Sound/VoiceBank.h"
 
 #include <cstddef>
@@ -61,7 +62,7 @@ private:
     State m_state = State::Free;
     std::uint64_t m_uses = 0; // tells one life of the object from the next
     ChannelSound m_sound;
-    SampleCache::Sample m_prepared; // while the voice waits for it
+    SampleCache::Sample m_prepared; // while the voice waits for its head
     float m_frequency = 0.0F;
     float m_volume = 1.0F;
     float m_pan = 0.0F;
@@ -85,14 +86,15 @@ public:
     /// A paused channel, or FMOD_ERR_CHANNEL_ALLOC when MaxVoices wait or sound already.
     FMOD_RESULT open(const ChannelSound &sound, FMOD::Channel **channel);
 
-    /// Mixes the next frames and learns which channels have ended. Before that it waits for the
-    /// samples of the voices that start in these frames. Answers the error of a sample that
-    /// could not be made, once; what plays it is silent, and all else is mixed as ever.
+    /// Mixes the next frames and learns which channels have ended. Before that it waits for what
+    /// is heard in these frames. Answers the error of a sample that could not be made, once; what
+    /// plays it is silent, and all else is mixed as ever.
     FMOD_RESULT mix(float *left, float *right, std::size_t frames);
 
-    /// For a mixer that another thread runs: hands over the samples that have become ready and
-    /// learns which channels have ended. Makes no sample and waits for none; a voice whose sample
-    /// comes after its start begins when it comes. Answers as mix() does.
+    /// For a mixer that another thread runs: hands over the samples whose heads have become ready,
+    /// asks for what will be heard of the others soon, and learns which channels have ended. Makes
+    /// no sample and waits for none; a voice whose head comes after its start begins when it
+    /// comes. Answers as mix() does.
     FMOD_RESULT update();
 
     /// What another thread may run; then update() takes the place of mix().
@@ -100,6 +102,7 @@ public:
 
     std::uint64_t clock() const { return m_bank.mixer().clock(); }
     std::uint64_t lateStarts() const { return m_bank.mixer().lateStarts(); }
+    std::uint64_t missedFrames() const { return m_bank.mixer().missedFrames(); }
 
 private:
     friend class BuiltinChannel;
@@ -110,18 +113,19 @@ private:
     };
 
     BuiltinChannel &freeChannel();
-    FMOD_RESULT provideDue(std::size_t frames);
-    FMOD_RESULT provideReady();
-    FMOD_RESULT provideFrom(std::vector<Awaited>::iterator first);
+    void provideDue(std::size_t frames);
+    void provideReady();
+    void provideFrom(std::vector<Awaited>::iterator first);
     void dropStopped();
     static bool isStopped(const Awaited &awaited);
-    FMOD_RESULT provide(BuiltinChannel &channel);
+    void provide(BuiltinChannel &channel);
     void recycle(BuiltinChannel &channel);
     void collectEnded();
     void endBySelf(BuiltinChannel &channel);
 
     SampleCache &m_cache;
     VoiceBank m_bank;
+    SampleSupply m_supply;
     std::deque<BuiltinChannel> m_channels; // addresses stay
     std::vector<BuiltinChannel *> m_free;
     std::vector<BuiltinChannel *> m_bySlot; // null where a stopped voice still fades

@@ -18,8 +18,8 @@ namespace {
 constexpr int MinRate = 1000;
 constexpr int MaxRate = 768000;
 constexpr int MaxChannels = 1024;
-constexpr sf_count_t ChunkSamples = 16384;
-constexpr sf_count_t MaxReserved = 1 << 20;
+constexpr sf_count_t ChunkSamples = 4096;
+constexpr std::size_t MaxCopied = std::size_t{8} * 1024 * 1024;
 
 struct CloseSoundFile {
     void operator()(SNDFILE *file) const { sf_close(file); }
@@ -45,10 +45,13 @@ public:
     bool isOpen() const { return m_fd >= 0; }
     int number() const { return m_fd; }
 
-    bool isRegularFile() const
+    /// Nothing where it is no regular file.
+    std::optional<std::size_t> size() const
     {
         struct stat status = {};
-        return ::fstat(m_fd, &status) == 0 && S_ISREG(status.st_mode);
+        if (::fstat(m_fd, &status) != 0 || !S_ISREG(status.st_mode))
+            return std::nullopt;
+        return static_cast<std::size_t>(status.st_size);
     }
 
 private:
@@ -131,55 +134,19 @@ Gains downmixGains(int channels, int side)
     return gains;
 }
 
-void appendSide(const std::vector<float> &chunk, std::size_t frames, const Gains &gains,
-                std::vector<float> &side)
+/// Adds the channels of interleaved frames up to one side.
+void mixDown(const std::vector<float> &chunk, std::size_t frames, const Gains &gains,
+             std::vector<float> &side)
 {
     const std::size_t channels = gains.size();
-    const std::size_t start = side.size();
-    side.resize(start + frames);
+    std::fill_n(side.begin(), frames, 0.0F);
     for (std::size_t channel = 0; channel < channels; ++channel) {
         const float gain = gains[channel];
         if (gain == 0.0F)
             continue;
         for (std::size_t frame = 0; frame < frames; ++frame)
-            side[start + frame] += chunk[frame * channels + channel] * gain;
+            side[frame] += chunk[frame * channels + channel] * gain;
     }
-}
-
-/// As far as the announced length can be believed.
-void reserveFrames(const SF_INFO &info, AudioSample &sample)
-{
-    const auto frames =
-        static_cast<std::size_t>(std::clamp<sf_count_t>(info.frames, 0, MaxReserved));
-    sample.left.reserve(frames);
-    if (info.channels > 1)
-        sample.right.reserve(frames);
-}
-
-FMOD_RESULT readFrames(SNDFILE *file, const SF_INFO &info, AudioSample &sample)
-{
-    const int channels = info.channels;
-    const bool stereo = channels > 1;
-    const Gains leftGains = stereo ? downmixGains(channels, 0) : Gains{1.0F};
-    const Gains rightGains = stereo ? downmixGains(channels, 1) : Gains();
-    const std::size_t maxFrames = Decoder::MaxSamples / (stereo ? 2 : 1);
-    const sf_count_t chunkFrames = ChunkSamples / channels;
-    std::vector<float> chunk(static_cast<std::size_t>(chunkFrames * channels));
-    reserveFrames(info, sample);
-    for (;;) {
-        const sf_count_t read = sf_readf_float(file, chunk.data(), chunkFrames);
-        if (read <= 0)
-            break;
-        const std::size_t frames = static_cast<std::size_t>(std::min(read, chunkFrames));
-        if (frames > maxFrames - sample.frames())
-            return FMOD_ERR_MEMORY;
-        const auto end = chunk.begin() + static_cast<std::ptrdiff_t>(frames) * channels;
-        std::transform(chunk.begin(), end, chunk.begin(), cleanSample);
-        appendSide(chunk, frames, leftGains, sample.left);
-        if (stereo)
-            appendSide(chunk, frames, rightGains, sample.right);
-    }
-    return sample.frames() == 0 && sf_error(file) != SF_ERR_NO_ERROR ? FMOD_ERR_FILE_BAD : FMOD_OK;
 }
 
 bool isKnown(const SF_INFO &info)
@@ -190,19 +157,119 @@ bool isKnown(const SF_INFO &info)
 
 } // namespace
 
+/// Reads a file chunk by chunk. The chunks are always the same ones, whatever is asked for.
 struct SoundFile::Source {
     std::optional<FileDescriptor> descriptor;
     std::vector<char> bytes;
     MemoryFile memory = {};
     SF_INFO info = {};
-    Handle handle; // the first to go: it reads from the others
+    Handle handle; // the one before these to go: it reads from the others
 
-    FMOD_RESULT take(SNDFILE *opened)
-    {
-        handle.reset(opened);
-        return opened != nullptr && isKnown(info) ? FMOD_OK : FMOD_ERR_FORMAT;
-    }
+    // Once it is decoded.
+    sf_count_t chunkFrames = 0;
+    std::vector<float> chunk;
+    std::vector<float> left;
+    std::vector<float> right;
+    Gains leftGains;
+    Gains rightGains;
+
+    bool isStereo() const { return info.channels > 1; }
+    std::size_t maxFrames() const { return Decoder::MaxSamples / (isStereo() ? 2 : 1); }
+    bool isShownAtEnd() const;
+
+    FMOD_RESULT take(SNDFILE *opened);
+    FMOD_RESULT takeMemory();
+    FMOD_RESULT copyFile(std::size_t size);
+    void begin(AudioSample &sample);
+    FMOD_RESULT readChunk(AudioSample &sample);
+    void append(std::size_t frames, AudioSample &sample);
+    FMOD_RESULT end(AudioSample &sample);
 };
+
+/// What is too long is silent as a whole, but the announced length alone does not make it so. And
+/// files must not stay open for as long as their sounds are not heard to the end.
+bool SoundFile::Source::isShownAtEnd() const
+{
+    return descriptor.has_value() || info.frames < 0
+        || info.frames > static_cast<sf_count_t>(maxFrames());
+}
+
+FMOD_RESULT SoundFile::Source::take(SNDFILE *opened)
+{
+    handle.reset(opened);
+    return opened != nullptr && isKnown(info) ? FMOD_OK : FMOD_ERR_FORMAT;
+}
+
+FMOD_RESULT SoundFile::Source::takeMemory()
+{
+    memory = {bytes.data(), static_cast<sf_count_t>(bytes.size()), 0};
+    SF_VIRTUAL_IO access = {memoryLength, memorySeek, memoryRead, memoryWrite, memoryTell};
+    return take(sf_open_virtual(&access, SFM_READ, &info, &memory));
+}
+
+/// In place of the descriptor.
+FMOD_RESULT SoundFile::Source::copyFile(std::size_t size)
+{
+    bytes.resize(size);
+    std::size_t copied = 0;
+    while (copied < size) {
+        const ssize_t count = ::read(descriptor->number(), bytes.data() + copied, size - copied);
+        if (count < 0)
+            return FMOD_ERR_FILE_BAD;
+        if (count == 0)
+            break;
+        copied += static_cast<std::size_t>(count);
+    }
+    bytes.resize(copied);
+    descriptor.reset();
+    return FMOD_OK;
+}
+
+void SoundFile::Source::begin(AudioSample &sample)
+{
+    const auto limit = static_cast<sf_count_t>(maxFrames());
+    sample.allocate(static_cast<std::size_t>(isShownAtEnd() ? limit : info.frames), isStereo());
+    chunkFrames = ChunkSamples / info.channels;
+    const auto count = static_cast<std::size_t>(chunkFrames);
+    chunk.resize(count * static_cast<std::size_t>(info.channels));
+    left.resize(count);
+    right.resize(count);
+    leftGains = isStereo() ? downmixGains(info.channels, 0) : Gains{1.0F};
+    rightGains = isStereo() ? downmixGains(info.channels, 1) : Gains();
+}
+
+FMOD_RESULT SoundFile::Source::readChunk(AudioSample &sample)
+{
+    const sf_count_t read = sf_readf_float(handle.get(), chunk.data(), chunkFrames);
+    if (read <= 0)
+        return end(sample);
+    const auto frames = static_cast<std::size_t>(std::min(read, chunkFrames));
+    if (frames > maxFrames() - sample.appendedFrames())
+        return FMOD_ERR_MEMORY;
+    append(frames, sample);
+    if (!isShownAtEnd())
+        sample.publish();
+    return FMOD_OK;
+}
+
+void SoundFile::Source::append(std::size_t frames, AudioSample &sample)
+{
+    if (info.channels > 2) // what is no number must not get into the sums
+        std::transform(chunk.begin(), chunk.end(), chunk.begin(), cleanSample);
+    mixDown(chunk, frames, leftGains, left);
+    if (isStereo())
+        mixDown(chunk, frames, rightGains, right);
+    sample.append(left.data(), right.data(), frames);
+}
+
+FMOD_RESULT SoundFile::Source::end(AudioSample &sample)
+{
+    if (sample.appendedFrames() == 0 && sf_error(handle.get()) != SF_ERR_NO_ERROR)
+        return FMOD_ERR_FILE_BAD;
+    sample.publish();
+    sample.complete();
+    return FMOD_OK;
+}
 
 SoundFile::SoundFile() = default;
 SoundFile::~SoundFile() = default;
@@ -213,9 +280,13 @@ FMOD_RESULT SoundFile::openFile(const char *fileName)
     const FileDescriptor &descriptor = m_source->descriptor.emplace(fileName);
     if (!descriptor.isOpen())
         return FMOD_ERR_FILE_NOTFOUND;
-    if (!descriptor.isRegularFile())
+    const std::optional<std::size_t> size = descriptor.size();
+    if (!size)
         return FMOD_ERR_FILE_BAD;
-    return m_source->take(sf_open_fd(descriptor.number(), SFM_READ, &m_source->info, SF_FALSE));
+    if (*size > MaxCopied)
+        return m_source->take(sf_open_fd(descriptor.number(), SFM_READ, &m_source->info, SF_FALSE));
+    const FMOD_RESULT copied = m_source->copyFile(*size);
+    return copied == FMOD_OK ? m_source->takeMemory() : copied;
 }
 
 FMOD_RESULT SoundFile::openMemory(const void *data, std::size_t size)
@@ -223,9 +294,7 @@ FMOD_RESULT SoundFile::openMemory(const void *data, std::size_t size)
     m_source = std::make_unique<Source>();
     const char *const bytes = static_cast<const char *>(data);
     m_source->bytes.assign(bytes, bytes + size);
-    m_source->memory = {m_source->bytes.data(), static_cast<sf_count_t>(size), 0};
-    SF_VIRTUAL_IO access = {memoryLength, memorySeek, memoryRead, memoryWrite, memoryTell};
-    return m_source->take(sf_open_virtual(&access, SFM_READ, &m_source->info, &m_source->memory));
+    return m_source->takeMemory();
 }
 
 double SoundFile::rate() const
@@ -235,16 +304,15 @@ double SoundFile::rate() const
 
 bool SoundFile::isStereo() const
 {
-    return m_source->info.channels > 1;
+    return m_source->isStereo();
 }
 
-FMOD_RESULT SoundFile::decode(AudioSample &sample)
+FMOD_RESULT SoundFile::decode(AudioSample &sample, std::size_t frames)
 {
-    const std::unique_ptr<Source> source = std::move(m_source);
-    AudioSample result;
-    result.rate = source->info.samplerate;
-    const FMOD_RESULT outcome = readFrames(source->handle.get(), source->info, result);
-    if (outcome == FMOD_OK)
-        sample = std::move(result);
-    return outcome;
+    if (m_source->chunk.empty())
+        m_source->begin(sample);
+    FMOD_RESULT result = FMOD_OK;
+    while (result == FMOD_OK && !sample.has(frames))
+        result = m_source->readChunk(sample);
+    return result;
 }

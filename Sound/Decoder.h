@@ -15,7 +15,7 @@ constexpr std::size_t MaxSamples = std::size_t{24} * 1024 * 1024;
 } // namespace Decoder
 
 /// A sound file (WAV, FLAC, Ogg Vorbis, MP3 and whatever else libsndfile knows), opened first,
-/// which reads its header, and decoded later, perhaps by another thread.
+/// which reads its header, and decoded later, piece by piece, perhaps by other threads.
 ///
 /// Mono and stereo stay as they are; of more channels a stereo mix is made that is never louder
 /// than the loudest of them. What is no finite number becomes silence. A file that breaks off
@@ -23,8 +23,8 @@ constexpr std::size_t MaxSamples = std::size_t{24} * 1024 * 1024;
 ///
 /// Results: FMOD_ERR_FILE_NOTFOUND where nothing can be opened, FMOD_ERR_FILE_BAD for what is no
 /// regular file or fails at the first read, FMOD_ERR_FORMAT for an unknown format or a sample
-/// rate outside 1 to 768 kHz, FMOD_ERR_MEMORY beyond Decoder::MaxSamples. `sample` is changed only
-/// by FMOD_OK.
+/// rate outside 1 to 768 kHz, FMOD_ERR_MEMORY beyond Decoder::MaxSamples, whose sample has no
+/// frames.
 class SoundFile {
 public:
     SoundFile();
@@ -32,8 +32,8 @@ public:
     SoundFile(const SoundFile &) = delete;
     SoundFile &operator=(const SoundFile &) = delete;
 
-    /// Either of them, once. `fileName` is taken byte by byte as the system knows the file, which
-    /// stays open; the bytes are copied.
+    /// Either of them, once. `fileName` is taken byte by byte as the system knows the file. The
+    /// bytes are copied; so are those of a file of usual size, and only a larger one stays open.
     FMOD_RESULT openFile(const char *fileName);
     FMOD_RESULT openMemory(const void *data, std::size_t size);
 
@@ -41,8 +41,9 @@ public:
     double rate() const;
     bool isStereo() const;
 
-    /// Once, after which the file is closed.
-    FMOD_RESULT decode(AudioSample &sample);
+    /// Decodes on until the sample, always the same one, has `frames` frames or is complete. It
+    /// shows nothing before its end where the length is not plausible or the file has stayed open.
+    FMOD_RESULT decode(AudioSample &sample, std::size_t frames);
 
 private:
     struct Source;

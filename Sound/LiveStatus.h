@@ -19,4 +19,8 @@ std::string problem(FMOD::System &system);
 /// were set going or their samples were ready too late. Clock 0 stands for "at once".
 std::uint64_t lateStarts(FMOD::System &system);
 
+/// How many frames so far were missing from the middle of sounds, added up over all voices,
+/// because their samples were not prepared fast enough. There the voices were silent.
+std::uint64_t missedFrames(FMOD::System &system);
+
 } // namespace LiveStatus

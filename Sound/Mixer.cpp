@@ -9,6 +9,11 @@ MixKernels::Source sourceAt(const Mixer::Voice &voice, std::size_t position)
     return {voice.left + position, voice.right + position, voice.gain};
 }
 
+std::size_t framesLeft(const Mixer::Voice &voice, std::size_t position)
+{
+    return voice.frames > position ? voice.frames - position : 0;
+}
+
 float rampedSide(float from, float to, unsigned done, unsigned length)
 {
     return from + (to - from) / static_cast<float>(length) * static_cast<float>(done);
@@ -48,17 +53,28 @@ void Mixer::await(Slot slot, std::uint64_t startClock, const Gain &gain)
     m_states[slot].awaited = true;
 }
 
-void Mixer::provide(Slot slot, const float *left, const float *right, std::size_t frames)
+void Mixer::provide(Slot slot, const AudioSample &sample)
 {
     if (slot >= m_states.size() || !m_states[slot].awaited)
         return;
     State &state = m_states[slot];
     state.awaited = false;
-    state.voice.left = left;
-    state.voice.right = right;
-    state.voice.frames = frames;
-    if (state.voice.startClock != 0 && state.voice.startClock < m_clock && frames > 0)
+    state.growing = &sample;
+    grow(state);
+    state.voice.left = sample.left();
+    state.voice.right = sample.right();
+    const std::uint64_t start = state.voice.startClock;
+    if (start != 0 && start < m_clock && state.voice.frames > 0)
         ++m_lateStarts;
+}
+
+/// Takes in what has been made of the sample by now.
+void Mixer::grow(State &state)
+{
+    const bool isComplete = state.growing->isComplete();
+    state.voice.frames = state.growing->frames();
+    if (isComplete)
+        state.growing = nullptr;
 }
 
 void Mixer::setGain(Slot slot, const Gain &gain)
@@ -79,10 +95,12 @@ void Mixer::stop(Slot slot)
     State &state = m_states[slot];
     state.stopping = true;
     state.awaited = false;
-    if (state.position == 0)
+    if (state.position == 0) {
         state.voice.frames = 0;
-    else
+        state.growing = nullptr;
+    } else {
         startRamp(state, {}, StopRampFrames);
+    }
 }
 
 void Mixer::startRamp(State &state, const Gain &target, unsigned frames)
@@ -116,33 +134,55 @@ bool Mixer::mixVoice(State &state, float *left, float *right, std::size_t frames
 {
     if (state.awaited)
         return true;
+    if (state.growing != nullptr)
+        grow(state);
     const Voice &voice = state.voice;
-    const std::size_t rest = voice.frames - state.position;
+    const std::size_t rest = framesLeft(voice, state.position);
     if (voice.startClock <= m_clock && state.ramp.length == 0 && rest >= frames) {
         addToBatch(state, left, right, frames);
-        return state.position < voice.frames;
+        return state.position < voice.frames || state.growing != nullptr;
     }
+    const bool goesOn = rest > 0 || state.growing != nullptr;
     const std::uint64_t wait = voice.startClock > m_clock ? voice.startClock - m_clock : 0;
-    if (rest > 0 && wait >= frames)
+    if (goesOn && wait >= frames)
         return true;
     flushBatch(left, right, frames);
-    return rest > 0 && mixPiece(state, left + wait, right + wait, frames - wait);
+    return goesOn && mixPiece(state, left + wait, right + wait, frames - wait);
 }
 
 /// Mixes up to `frames` frames of a voice that is due, ramp first.
 bool Mixer::mixPiece(State &state, float *left, float *right, std::size_t frames)
 {
     const Voice &voice = state.voice;
-    const std::size_t count = std::min(frames, voice.frames - state.position);
+    const std::size_t count = std::min(frames, framesLeft(voice, state.position));
     std::size_t done = 0;
-    if (state.ramp.length > 0) {
+    if (state.ramp.length > 0 && count > 0) {
         done = mixRamp(state, left, right, count);
         if (state.stopping && state.ramp.length == 0)
             return false;
     }
-    m_kernels.add(left + done, right + done, sourceAt(voice, state.position), count - done);
+    if (count > done)
+        m_kernels.add(left + done, right + done, sourceAt(voice, state.position), count - done);
     state.position += count - done;
+    if (state.growing != nullptr)
+        return miss(state, frames - count);
     return state.position < voice.frames;
+}
+
+/// Passes over frames that are not made yet. Answers whether the voice goes on.
+bool Mixer::miss(State &state, std::size_t frames)
+{
+    state.position += frames;
+    m_missedFrames += frames;
+    MixKernels::Ramp &ramp = state.ramp;
+    if (ramp.length == 0)
+        return true;
+    if (frames < ramp.length - ramp.done) {
+        ramp.done += static_cast<unsigned>(frames);
+        return true;
+    }
+    ramp = {};
+    return !state.stopping;
 }
 
 /// Mixes along the ramp as far as it and the block go; answers the frames mixed.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Sound/AudioSample.h"
 #include "Sound/MixKernels.h"
 
 #include <cstddef>
@@ -10,8 +11,9 @@
 ///
 /// A voice is a prepared sound: samples at the output's rate, so that mixing only accumulates.
 /// Its owner numbers the voices by slots and keeps their samples alive until the slot is
-/// reported as ended. After construction nothing here allocates, locks, throws or calls the
-/// system: a device's callback can run all of it. Not for several threads at once.
+/// reported as ended. A sample may still be in the making: a voice that gets ahead of it is silent
+/// there and keeps its place in time. After construction nothing here allocates, locks, throws or
+/// calls the system: a device's callback can run all of it. Not for several threads at once.
 ///
 /// Voices are added in the order they were started in, and the result does not depend on how
 /// the time is cut into blocks.
@@ -43,8 +45,8 @@ public:
     /// of the voices and stays silent until provide(), from where it sounds from its first frame,
     /// at its start or, when that is over, at once.
     void await(Slot slot, std::uint64_t startClock, const Gain &gain);
-    /// The samples of an awaited voice; ignored for any other.
-    void provide(Slot slot, const float *left, const float *right, std::size_t frames);
+    /// The sample of an awaited voice, of which the first frames are there; ignored for any other.
+    void provide(Slot slot, const AudioSample &sample);
     /// Goes to a new gain: at once while nothing of the voice was heard, else along a ramp.
     /// Ignored for a voice that has ended or is stopping.
     void setGain(Slot slot, const Gain &gain);
@@ -61,6 +63,8 @@ public:
 
     /// Voices whose samples came when their start was over; a start at 0 never is.
     std::uint64_t lateStarts() const { return m_lateStarts; }
+    /// Frames that voices passed over in silence because they were not made yet.
+    std::uint64_t missedFrames() const { return m_missedFrames; }
 
     /// The slots that ended since clearEnded(); they are free.
     const std::vector<Slot> &ended() const { return m_ended; }
@@ -69,6 +73,7 @@ public:
 private:
     struct State {
         Voice voice;
+        const AudioSample *growing = nullptr; // where more frames may come from
         std::size_t position = 0;
         MixKernels::Ramp ramp; // length 0: constant gain
         bool inUse = false;
@@ -76,8 +81,10 @@ private:
         bool stopping = false;
     };
 
+    static void grow(State &state);
     bool mixVoice(State &state, float *left, float *right, std::size_t frames);
     bool mixPiece(State &state, float *left, float *right, std::size_t frames);
+    bool miss(State &state, std::size_t frames);
     std::size_t mixRamp(State &state, float *left, float *right, std::size_t frames);
     void addToBatch(State &state, float *left, float *right, std::size_t frames);
     void flushBatch(float *left, float *right, std::size_t frames);
@@ -91,4 +98,5 @@ private:
     std::size_t m_batchCount = 0;
     std::uint64_t m_clock = 0;
     std::uint64_t m_lateStarts = 0;
+    std::uint64_t m_missedFrames = 0;
 };

@@ -23,69 +23,62 @@ Preparation::Preparation(Make make)
 {
 }
 
-void Preparation::run()
+void Preparation::run(std::size_t frames)
 {
-    if (claim())
-        finish(make());
+    std::unique_lock<std::mutex> lock(m_mutex);
+    if (!m_isRunning && !m_sample.has(frames))
+        make(lock, frames);
 }
 
-const AudioSample &Preparation::sample()
+void Preparation::makeUpTo(std::size_t frames)
 {
-    waitUntilDone();
-    return m_sample;
+    if (m_sample.has(frames))
+        return;
+    std::unique_lock<std::mutex> lock(m_mutex);
+    while (!m_sample.has(frames)) {
+        if (m_isRunning)
+            m_paused.wait(lock);
+        else
+            make(lock, frames);
+    }
 }
 
 FMOD_RESULT Preparation::takeError()
 {
-    const auto lock = waitUntilDone();
+    const std::lock_guard<std::mutex> lock(m_mutex);
     return std::exchange(m_error, FMOD_OK);
 }
 
-bool Preparation::isDone() const
+void Preparation::make(std::unique_lock<std::mutex> &lock, std::size_t frames)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_state == State::Done;
+    m_isRunning = true;
+    lock.unlock();
+    const FMOD_RESULT result = tryMake(frames);
+    lock.lock();
+    m_isRunning = false;
+    if (result != FMOD_OK)
+        m_error = result;
+    m_paused.notify_all();
 }
 
-bool Preparation::claim()
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_state != State::Open)
-        return false;
-    m_state = State::Running;
-    return true;
-}
-
-FMOD_RESULT Preparation::make() noexcept
+/// Leaves the sample with all that was wanted, or complete.
+FMOD_RESULT Preparation::tryMake(std::size_t frames) noexcept
 {
     FMOD_RESULT result = FMOD_ERR_INTERNAL;
     try {
-        result = m_make(m_sample);
+        result = m_make(m_sample, frames);
     } catch (const std::bad_alloc &) {
         result = FMOD_ERR_MEMORY;
     } catch (...) {
         result = FMOD_ERR_INTERNAL;
     }
+    if (result == FMOD_OK && !m_sample.has(frames))
+        result = FMOD_ERR_INTERNAL;
     if (result != FMOD_OK)
-        m_sample = AudioSample();
-    m_make = nullptr;
+        m_sample.complete();
+    if (m_sample.isComplete())
+        m_make = nullptr;
     return result;
-}
-
-void Preparation::finish(FMOD_RESULT error)
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_error = error;
-    m_state = State::Done;
-    m_done.notify_all();
-}
-
-std::unique_lock<std::mutex> Preparation::waitUntilDone()
-{
-    run();
-    std::unique_lock<std::mutex> lock(m_mutex);
-    m_done.wait(lock, [this] { return m_state == State::Done; });
-    return lock;
 }
 
 unsigned PreparePool::defaultThreads()
@@ -113,11 +106,22 @@ std::shared_ptr<Preparation> PreparePool::add(Preparation::Make make)
 {
     auto added = std::make_shared<Preparation>(std::move(make));
     startThread();
-    const std::shared_ptr<Preparation> surplus = push(added);
+    const Job surplus = pushHead(added);
     m_changed.notify_one();
-    if (surplus != nullptr)
-        surplus->run();
+    surplus.run();
     return added;
+}
+
+void PreparePool::ask(const std::shared_ptr<Preparation> &preparation, std::size_t frames)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (preparation->m_asked >= frames || preparation->sample().has(frames))
+            return;
+        preparation->m_asked = frames;
+        m_pieces.push_back(preparation);
+    }
+    m_changed.notify_one();
 }
 
 void PreparePool::startThread()
@@ -133,27 +137,37 @@ void PreparePool::startThread()
 }
 
 /// Answers what has to be made at once, so that the queue stays short.
-std::shared_ptr<Preparation> PreparePool::push(const std::shared_ptr<Preparation> &added)
+PreparePool::Job PreparePool::pushHead(const std::shared_ptr<Preparation> &added)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_queue.push_back(added);
-    return m_queue.size() > m_maxQueued ? takeFirst() : nullptr;
+    m_heads.push_back(added);
+    return m_heads.size() > m_maxQueued ? takeFirst() : Job();
 }
 
 void PreparePool::standIn()
 {
-    if (!m_threads.empty() || m_queue.empty()) // without threads the queue is the caller's alone
+    if (!m_threads.empty() || isIdle()) // without threads the queues are the caller's alone
         return;
-    const std::shared_ptr<Preparation> first = takeFirst();
-    if (first != nullptr)
-        first->run();
+    takeFirst().run();
 }
 
-std::shared_ptr<Preparation> PreparePool::takeFirst()
+PreparePool::Job PreparePool::takeFirst()
 {
-    std::shared_ptr<Preparation> first = m_queue.front().lock();
-    m_queue.pop_front();
+    const bool isHead = !m_heads.empty();
+    Queue &queue = isHead ? m_heads : m_pieces;
+    Job first;
+    first.preparation = queue.front().lock();
+    queue.pop_front();
+    if (first.preparation != nullptr)
+        first.frames = isHead ? Preparation::HeadFrames : first.preparation->m_asked;
     return first;
+}
+
+/// Waits where another thread is at the sample: that one may have been told to make less.
+void PreparePool::Job::run() const
+{
+    if (preparation != nullptr)
+        preparation->makeUpTo(frames);
 }
 
 void PreparePool::work()
@@ -161,14 +175,13 @@ void PreparePool::work()
     leaveSignalsToOthers();
     std::unique_lock<std::mutex> lock(m_mutex);
     for (;;) {
-        m_changed.wait(lock, [this] { return m_closing || !m_queue.empty(); });
+        m_changed.wait(lock, [this] { return m_closing || !isIdle(); });
         if (m_closing)
             return;
-        std::shared_ptr<Preparation> next = takeFirst();
+        Job next = takeFirst();
         lock.unlock();
-        if (next != nullptr)
-            next->run();
-        next.reset(); // may be the last to hold a large sample
+        next.run();
+        next = Job(); // may be the last to hold a large sample
         lock.lock();
     }
 }

@@ -20,14 +20,12 @@ void RemoteMixer::await(Slot slot, std::uint64_t startClock, const Gain &gain)
     send(command);
 }
 
-void RemoteMixer::provide(Slot slot, const float *left, const float *right, std::size_t frames)
+void RemoteMixer::provide(Slot slot, const AudioSample &sample)
 {
     Command command;
     command.kind = Command::Kind::Provide;
     command.slot = slot;
-    command.left = left;
-    command.right = right;
-    command.frames = frames;
+    command.sample = &sample;
     send(command);
 }
 
@@ -75,6 +73,7 @@ void RemoteMixer::mix(float *left, float *right, std::size_t frames) noexcept
         m_ended.push(slot);
     m_mixer.clearEnded();
     m_lateStarts.store(m_mixer.lateStarts(), std::memory_order_relaxed);
+    m_missedFrames.store(m_mixer.missedFrames(), std::memory_order_relaxed);
     m_clock.store(m_mixer.clock(), std::memory_order_release);
 }
 
@@ -127,7 +126,7 @@ void RemoteMixer::run(const Command &command) noexcept
         m_mixer.await(command.slot, command.startClock, command.gain);
         break;
     case Command::Kind::Provide:
-        m_mixer.provide(command.slot, command.left, command.right, command.frames);
+        m_mixer.provide(command.slot, *command.sample);
         break;
     case Command::Kind::SetGain:
         m_mixer.setGain(command.slot, command.gain);

@@ -28,7 +28,7 @@ public:
     // For the commanding thread: what Mixer does, from the next block on. A slot is free again
     // when takeEnded() has answered it.
     void await(Slot slot, std::uint64_t startClock, const Gain &gain);
-    void provide(Slot slot, const float *left, const float *right, std::size_t frames);
+    void provide(Slot slot, const AudioSample &sample);
     void setGain(Slot slot, const Gain &gain);
     void stop(Slot slot);
     /// Sends what the ring had no room for, which every command does too. Answers whether nothing
@@ -40,6 +40,7 @@ public:
     // For any thread: as of the last block that was mixed.
     std::uint64_t clock() const { return m_clock.load(std::memory_order_acquire); }
     std::uint64_t lateStarts() const { return m_lateStarts.load(std::memory_order_relaxed); }
+    std::uint64_t missedFrames() const { return m_missedFrames.load(std::memory_order_relaxed); }
 
     // For the mixing thread: neither allocates, locks, throws or calls the system.
     void runCommands() noexcept;
@@ -58,9 +59,7 @@ private:
         Slot slot = 0;
         Gain gain;
         std::uint64_t startClock = 0;
-        const float *left = nullptr;
-        const float *right = nullptr;
-        std::size_t frames = 0;
+        const AudioSample *sample = nullptr;
     };
 
     struct LatestGain {
@@ -85,6 +84,7 @@ private:
     SpscRing<Slot> m_ended; // as many as there are slots: it is never full
     std::atomic<std::uint64_t> m_clock{0};
     std::atomic<std::uint64_t> m_lateStarts{0};
+    std::atomic<std::uint64_t> m_missedFrames{0};
 
     // The mixing side.
     Mixer m_mixer;

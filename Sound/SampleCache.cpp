@@ -28,7 +28,6 @@ FMOD_RESULT SampleCache::prepare(const Sample &source, double frequency, Sample 
         m_entries.splice(m_entries.begin(), m_entries, found->second);
         prepared = found->second->prepared;
     }
-    settle();
     return FMOD_OK;
 }
 
@@ -42,48 +41,48 @@ void SampleCache::forget(const Sample &source)
 
 void SampleCache::settle()
 {
-    const auto rest = std::remove_if(m_uncounted.begin(), m_uncounted.end(),
-                                     [this](const Key &key) { return count(key); });
-    m_uncounted.erase(rest, m_uncounted.end());
+    const auto rest = std::remove_if(m_growing.begin(), m_growing.end(),
+                                     [this](Entry *entry) { return count(*entry); });
+    m_growing.erase(rest, m_growing.end());
     shrink();
 }
 
 SampleCache::Sample SampleCache::add(const Sample &source, double frequency)
 {
-    const double outputRate = m_outputRate;
-    Sample made = m_pool.add([source, frequency, outputRate](AudioSample &result) {
-        return Resampler::resample(source->sample(), frequency, outputRate, result);
+    const auto resampler = std::make_shared<Resampler>(source, frequency, m_outputRate);
+    Sample made = m_pool.add([resampler](AudioSample &result, std::size_t frames) {
+        return resampler->make(result, frames);
     });
     const Key key = {source.get(), frequency};
-    m_uncounted.push_back(key);
     m_entries.push_front({key, source, made});
     m_index.emplace(key, m_entries.begin());
+    m_growing.push_back(&m_entries.front());
     return made;
 }
 
-/// Answers whether nothing is left to count under the key.
-bool SampleCache::count(const Key &key)
+/// Answers whether the entry is counted for good.
+bool SampleCache::count(Entry &entry)
 {
-    const auto found = m_index.find(key);
-    if (found == m_index.end() || found->second->isCounted)
-        return true;
-    Entry &entry = *found->second;
-    if (!entry.prepared->isDone())
-        return false;
-    entry.isCounted = true;
-    entry.bytes = entry.prepared->sample().bytes();
-    m_bytes += entry.bytes;
-    return true;
+    const AudioSample &sample = entry.prepared->sample();
+    const bool isComplete = sample.isComplete();
+    std::size_t bytes = sample.bytes();
+    if (!isComplete && bytes > 0)
+        bytes += Resampler::WorkingBytes;
+    m_bytes += bytes - entry.bytes;
+    entry.bytes = bytes;
+    entry.isCounted = isComplete || bytes > 0;
+    return isComplete;
 }
 
 void SampleCache::remove(Entries::iterator entry)
 {
+    m_growing.erase(std::remove(m_growing.begin(), m_growing.end(), &*entry), m_growing.end());
     m_bytes -= entry->bytes;
     m_index.erase(entry->key);
     m_entries.erase(entry);
 }
 
-/// What is not counted stays: dropping it makes no room, and it might be made twice.
+/// What is not begun stays: dropping it makes no room, and it might be made twice.
 void SampleCache::shrink()
 {
     for (auto entry = m_entries.end(); m_bytes > m_maxBytes && entry != m_entries.begin();) {

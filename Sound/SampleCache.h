@@ -22,19 +22,23 @@ public:
     /// The pool must outlive the cache.
     SampleCache(double outputRate, std::size_t maxBytes, PreparePool &pool);
 
-    /// `source` played at `frequency` of its frames per second, as Resampler::resample() makes
-    /// it; `source` itself where the rates are equal. It is queued behind its source, at once
-    /// only FMOD_ERR_INVALID_PARAM is known (`prepared` is then unchanged). An error of the
-    /// source is not repeated by what is made of it.
+    /// `source` played at `frequency` of its frames per second, as a Resampler makes it; `source`
+    /// itself where the rates are equal. Its head is queued; at once only FMOD_ERR_INVALID_PARAM
+    /// is known (`prepared` is then unchanged). An error of the source is not repeated by what is
+    /// made of it.
     FMOD_RESULT prepare(const Sample &source, double frequency, Sample &prepared);
 
     /// Drops everything made of `source`.
     void forget(const Sample &source);
 
-    /// Counts what has been made since and drops what has no room; prepare() does so too.
+    /// Has the pool make what is missing of the first `frames` frames.
+    void ask(const Sample &prepared, std::size_t frames) { m_pool.ask(prepared, frames); }
+
+    /// Counts what has been made since and drops what has no room.
     void settle();
 
-    /// What the cache holds, without the sources and without what is not made or counted yet.
+    /// What the cache holds, without the sources and without what is not made or counted yet. Of a
+    /// sample that is not complete what was made counts, and what is needed to go on.
     std::size_t bytes() const { return m_bytes; }
     std::size_t count() const { return m_entries.size(); }
 
@@ -45,13 +49,13 @@ private:
         Key key;
         Sample source; // held, so that no other sound can come to lie at the key's address
         Sample prepared;
-        bool isCounted = false;
-        std::size_t bytes = 0; // once counted
+        bool isCounted = false; // something is made of it
+        std::size_t bytes = 0;
     };
     using Entries = std::list<Entry>;
 
     Sample add(const Sample &source, double frequency);
-    bool count(const Key &key);
+    bool count(Entry &entry);
     void remove(Entries::iterator entry);
     void shrink();
 
@@ -61,5 +65,5 @@ private:
     std::size_t m_bytes = 0;
     Entries m_entries; // the most recently used one first
     std::map<Key, Entries::iterator> m_index;
-    std::vector<Key> m_uncounted;
+    std::vector<Entry *> m_growing; // those not complete when they were counted
 };

@@ -22,9 +22,7 @@ std::optional<VoiceBank::Slot> VoiceBank::await(std::uint64_t startClock, const 
 void VoiceBank::provide(Slot slot, const Sample &sample)
 {
     m_samples[slot] = sample;
-    const float *const left = sample->left.data();
-    const float *const right = sample->isStereo() ? sample->right.data() : left;
-    m_mixer.provide(slot, left, right, sample->frames());
+    m_mixer.provide(slot, *sample);
 }
 
 std::vector<VoiceBank::Slot> VoiceBank::collectEnded()

@@ -146,13 +146,19 @@ double ownMixer(const MixKernels::Table &kernels, std::size_t voices,
 /// Seconds of sound that are resampled per second: what a note costs that was not heard before.
 double preparation(const std::vector<Samples> &samples)
 {
-    AudioSample source;
-    source.left = samples.front();
+    const Samples &sound = samples.front();
+    const auto source = std::make_shared<Preparation>([&sound](AudioSample &sample, std::size_t) {
+        sample.allocate(sound.size(), false);
+        sample.append(sound.data(), sound.data(), sound.size());
+        sample.publish();
+        sample.complete();
+        return FMOD_OK;
+    });
     const Clock::time_point start = Clock::now();
     double prepared = 0;
     for (int semitone = 1; semitone <= 24; ++semitone) {
         AudioSample result;
-        Resampler::resample(source, Rate * (0.5 + 0.0613 * semitone), Rate, result);
+        Resampler(source, Rate * (0.5 + 0.0613 * semitone), Rate).make(result, Preparation::All);
         prepared += static_cast<double>(result.frames()) / Rate;
     }
     return prepared / secondsSince(start);

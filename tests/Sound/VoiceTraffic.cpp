@@ -22,7 +22,7 @@ void VoiceTraffic::begin(RemoteMixer::Slot slot)
 {
     const std::uint64_t start = m_mixer.clock() + 7 * slot;
     m_mixer.await(slot, start > 100 ? start - 100 : start, {Peak, Peak});
-    m_mixer.provide(slot, m_samples.data(), m_samples.data(), m_samples.size());
+    m_mixer.provide(slot, m_sample);
     if (++m_lives[slot] % 3 == 0)
         m_mixer.stop(slot);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Sound/RemoteMixer.h"
+#include "WholeSample.h"
 
 #include <cstddef>
 #include <vector>
@@ -24,7 +25,7 @@ private:
     void begin(RemoteMixer::Slot slot);
 
     RemoteMixer &m_mixer;
-    const std::vector<float> m_samples = std::vector<float>(Frames, Peak);
+    const CompleteSample m_sample{std::vector<float>(Frames, Peak)};
     std::vector<unsigned> m_lives; // voices so far, by slot
     std::size_t m_ended = 0;
     unsigned m_steps = 0;

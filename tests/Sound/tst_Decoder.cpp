@@ -1,5 +1,6 @@
 #include "Sound/Decoder.h"
 #include "SoundFiles.h"
+#include "WholeSample.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -21,14 +22,17 @@ constexpr int Vorbis = SF_FORMAT_OGG | SF_FORMAT_VORBIS;
 
 struct Outcome {
     FMOD_RESULT result;
-    AudioSample sample;
+    WholeSample sample;
 };
 
 Outcome decoded(SoundFile &file, FMOD_RESULT opened)
 {
     Outcome outcome{opened, {}};
-    if (opened == FMOD_OK)
-        outcome.result = file.decode(outcome.sample);
+    if (opened != FMOD_OK)
+        return outcome;
+    AudioSample sample;
+    outcome.result = file.decode(sample, Preparation::All);
+    outcome.sample = WholeSample(sample);
     return outcome;
 }
 
@@ -108,6 +112,11 @@ private slots:
     void announcedLengthIsNotBelieved();
     void tooLongSoundIsRefused();
     void absurdRateIsRefused();
+    void piecesGiveTheWhole_data() { formatsAreKnown_data(); }
+    void piecesGiveTheWhole();
+    void headIsNotTheWhole();
+    void implausibleLengthIsShownAtTheEnd();
+    void onlyLargeFilesStayOpen();
 };
 
 void tst_Decoder::sixteenBitSamplesAreExact()
@@ -153,7 +162,10 @@ void tst_Decoder::formatsAreKnown()
 
 void tst_Decoder::rateIsThatOfTheFile()
 {
-    QCOMPARE(decoded(SoundFiles::encode16(22050, 1, {1, 2})).sample.rate, 22050.0);
+    const QByteArray bytes = SoundFiles::encode16(22050, 1, {1, 2});
+    SoundFile file;
+    QCOMPARE(file.openMemory(bytes.constData(), static_cast<std::size_t>(bytes.size())), FMOD_OK);
+    QCOMPARE(file.rate(), 22050.0);
 }
 
 void tst_Decoder::moreChannelsAreMixedToStereo_data()
@@ -364,6 +376,70 @@ void tst_Decoder::absurdRateIsRefused()
     QCOMPARE(decoded(SoundFiles::encode16(999, 1, {1})).result, FMOD_ERR_FORMAT);
     QCOMPARE(decoded(SoundFiles::encode16(768001, 1, {1})).result, FMOD_ERR_FORMAT);
     QCOMPARE(decoded(SoundFiles::encode16(768000, 1, {1})).result, FMOD_OK);
+}
+
+void tst_Decoder::piecesGiveTheWhole()
+{
+    QFETCH(int, format);
+    for (const int channels : {1, 2}) {
+        const QByteArray bytes = SoundFiles::encode(format, 48000, channels, sine(50000, channels));
+        SoundFile file;
+        file.openMemory(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+        AudioSample sample;
+        while (!sample.isComplete())
+            QCOMPARE(file.decode(sample, sample.frames() + 777), FMOD_OK);
+        QVERIFY(WholeSample(sample).left == decoded(bytes).sample.left);
+        QVERIFY(WholeSample(sample).right == decoded(bytes).sample.right);
+    }
+}
+
+void tst_Decoder::headIsNotTheWhole()
+{
+    const QByteArray bytes = SoundFiles::encode(Vorbis, 48000, 2, sine(100000, 2));
+    SoundFile file;
+    file.openMemory(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    AudioSample sample;
+    QCOMPARE(file.decode(sample, 14400), FMOD_OK);
+    QVERIFY(sample.frames() >= 14400);
+    QVERIFY(sample.frames() < 14400 + 4096);
+    QCOMPARE(sample.maxFrames(), std::size_t{100000});
+    QVERIFY(sample.isStereo());
+}
+
+void tst_Decoder::implausibleLengthIsShownAtTheEnd()
+{
+    QByteArray bytes = SoundFiles::encode(Vorbis, 48000, 1, noise(100000));
+    bytes.chop(1); // it announces 2^63 - 1 frames now
+    SoundFile file;
+    file.openMemory(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    AudioSample sample;
+    QCOMPARE(file.decode(sample, 1), FMOD_OK);
+    QVERIFY(sample.isComplete());
+    QVERIFY(sample.frames() > 50000);
+}
+
+void tst_Decoder::onlyLargeFilesStayOpen()
+{
+    const QTemporaryDir directory;
+    const QString name = directory.filePath(QStringLiteral("sound"));
+    writeFile(name, SoundFiles::encode(Wav16, 48000, 1, std::vector<float>(100000, 0.5F)));
+    SoundFile small;
+    QCOMPARE(small.openFile(QFile::encodeName(name).constData()), FMOD_OK);
+    writeFile(name, QByteArray());
+    AudioSample smallSample;
+    QCOMPARE(small.decode(smallSample, 1), FMOD_OK);
+    QVERIFY(!smallSample.isComplete());
+    QCOMPARE(small.decode(smallSample, Preparation::All), FMOD_OK);
+    QCOMPARE(smallSample.frames(), std::size_t{100000});
+
+    // Over 8 MiB. It is closed as soon as it can be.
+    writeFile(name, SoundFiles::encode(Wav16, 48000, 1, std::vector<float>(4200000, 0.5F)));
+    SoundFile large;
+    QCOMPARE(large.openFile(QFile::encodeName(name).constData()), FMOD_OK);
+    AudioSample largeSample;
+    QCOMPARE(large.decode(largeSample, 1), FMOD_OK);
+    QVERIFY(largeSample.isComplete());
+    QCOMPARE(largeSample.frames(), std::size_t{4200000});
 }
 
 QTEST_APPLESS_MAIN(tst_Decoder)

@@ -2,6 +2,7 @@
 
 #include "RealTimeGuard.h"
 #include "VoiceTraffic.h"
+#include "WholeSample.h"
 
 #include <QtTest>
 
@@ -20,10 +21,10 @@ using Samples = std::vector<float>;
 
 constexpr std::size_t Voices = 300;
 
-void start(RemoteMixer &mixer, const Samples &left, const Samples &right, std::uint64_t clock = 0)
+void start(RemoteMixer &mixer, const AudioSample &sample)
 {
-    mixer.await(0, clock, {1, 1});
-    mixer.provide(0, left.data(), right.data(), left.size());
+    mixer.await(0, 0, {1, 1});
+    mixer.provide(0, sample);
 }
 
 Samples filled(LiveMix &mix, std::size_t frames)
@@ -65,7 +66,8 @@ void tst_LiveMix::leftAndRightTakeTurns()
     LiveMix mix(mixer);
     const Samples left = {0.125F, 0.25F};
     const Samples right = {0.5F, 0.75F};
-    start(mixer, left, right);
+    const CompleteSample sample{WholeSample(left, right)};
+    start(mixer, sample);
     QVERIFY((filled(mix, 3) == Samples{0.125F, 0.5F, 0.25F, 0.75F, 0, 0}));
 }
 
@@ -84,7 +86,8 @@ void tst_LiveMix::anyBlockIsFilled()
     LiveMix mix(mixer);
     const Samples left = stairs(5000, 1);
     const Samples right = stairs(5000, -1);
-    start(mixer, left, right);
+    const CompleteSample sample{WholeSample(left, right)};
+    start(mixer, sample);
     const Samples samples = filled(mix, count);
     for (std::size_t i = 0; i < count; ++i) {
         QCOMPARE(samples[2 * i], left[i]);
@@ -99,19 +102,20 @@ void tst_LiveMix::whatIsTooLoudIsClamped()
     LiveMix mix(mixer);
     const Samples left = {1.0F, 1.001F, 70000.0F};
     const Samples right = {-1.0F, -1.001F, -70000.0F};
-    start(mixer, left, right);
+    const CompleteSample sample{WholeSample(left, right)};
+    start(mixer, sample);
     QVERIFY((filled(mix, 3) == Samples{1, -1, 1, -1, 1, -1}));
 }
 
 void tst_LiveMix::whatIsNoNumberIsSilent()
 {
-    constexpr float Infinite = std::numeric_limits<float>::infinity();
     RemoteMixer mixer(1);
     LiveMix mix(mixer);
-    const Samples left = {std::numeric_limits<float>::quiet_NaN(), Infinite, 0.5F};
-    const Samples right = {-std::numeric_limits<float>::quiet_NaN(), -Infinite, 0.5F};
-    start(mixer, left, right);
-    QVERIFY((filled(mix, 3) == Samples{0, 0, 1, -1, 0.5F, 0.5F}));
+    const CompleteSample sample{WholeSample({1, 0, -1})};
+    mixer.await(0, 0,
+                {std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN()});
+    mixer.provide(0, sample);
+    QVERIFY((filled(mix, 3) == Samples{1, 0, 0, 0, -1, 0}));
 }
 
 void tst_LiveMix::neitherAllocatesNorLocks()
@@ -119,7 +123,7 @@ void tst_LiveMix::neitherAllocatesNorLocks()
     RemoteMixer mixer(Voices);
     LiveMix mix(mixer);
     VoiceTraffic traffic(mixer, Voices);
-    Samples block(2 * 512);
+    Samples block(1024); // 512 frames
     while (traffic.ended() < 5000) {
         QCOMPARE(RealTimeGuard::forbiddenCalls([&] { mix.fill(block.data(), 512); }),
                  std::size_t{0});
@@ -132,7 +136,7 @@ void tst_LiveMix::makesNoSystemCall()
     RemoteMixer mixer(Voices);
     LiveMix mix(mixer);
     VoiceTraffic traffic(mixer, Voices);
-    Samples block(2 * 512);
+    Samples block(1024); // 512 frames
     const auto work = [&] {
         for (int i = 0; i < 2000; ++i)
             mix.fill(block.data(), 512);

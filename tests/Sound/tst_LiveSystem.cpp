@@ -130,6 +130,7 @@ private slots:
     void stopIsRamped();
     void lateSampleStartsFromItsBeginning();
     void readySampleIsNotLate();
+    void soundGoesOnInTimeAfterAGap();
     void failedSampleIsSilentAndToldOnce();
     void voicesUpToTheLimitSound();
     void endedChannelIsHarmless();
@@ -194,6 +195,7 @@ void tst_LiveSystem::waveWriterIsNoLiveSystem()
     QVERIFY(!clock.isRunning());
     QCOMPARE(LiveStatus::problem(*system), std::string());
     QCOMPARE(LiveStatus::lateStarts(*system), std::uint64_t{0});
+    QCOMPARE(LiveStatus::missedFrames(*system), std::uint64_t{0});
 }
 
 void tst_LiveSystem::clockMovesWithTheOutput()
@@ -299,6 +301,32 @@ void tst_LiveSystem::readySampleIsNotLate()
     QCOMPARE(LiveStatus::lateStarts(*system), std::uint64_t{0});
 }
 
+void tst_LiveSystem::soundGoesOnInTimeAfterAGap()
+{
+    constexpr std::size_t Length = 60000;
+    VirtualClock clock;
+    const SystemPtr system = start(clock);
+    std::vector<short> samples(Length);
+    for (std::size_t i = 0; i < Length; ++i)
+        samples[i] = static_cast<short>(1 + i % 20000);
+    playAt(*system, load(*system, samples), 0);
+    update(*system);
+    Samples heard = pull(clock, 30000); // in which nobody cares for the rest
+    const auto made =
+        static_cast<std::size_t>(std::find(heard.begin(), heard.end(), 0.0F) - heard.begin());
+    QVERIFY(made >= 14400);
+    QVERIFY(made < 20000);
+    QCOMPARE(LiveStatus::missedFrames(*system), std::uint64_t{30000 - made});
+    while (heard.size() < Length) {
+        update(*system); // asks for more; the next one makes it
+        const Samples more = pull(clock, 1000);
+        heard.insert(heard.end(), more.begin(), more.end());
+    }
+    for (std::size_t i = 0; i < Length; ++i)
+        QCOMPARE(heard[i], i < made || i >= 31000 ? static_cast<float>(samples[i]) / 32768 : 0.0F);
+    QCOMPARE(LiveStatus::missedFrames(*system), std::uint64_t{31000 - made});
+}
+
 void tst_LiveSystem::failedSampleIsSilentAndToldOnce()
 {
     VirtualClock clock;
@@ -388,6 +416,7 @@ void tst_LiveSystem::thousandsOfStopsComeThrough()
     const SystemPtr system = start(clock);
     FMOD::Sound *const sound = load(*system, std::vector<short>(20000, 1));
     std::vector<FMOD::Channel *> channels;
+    channels.reserve(30000);
     for (int i = 0; i < 30000; ++i)
         channels.push_back(playAt(*system, sound, 0));
     for (int i = 0; i < 10; ++i) {
@@ -416,13 +445,14 @@ void tst_LiveSystem::soundIsTheWrittenOne()
     written->init(2048, FMOD_INIT_STREAM_FROM_UPDATE, name.data());
     for (FMOD::System *const system : {live.get(), written.get()})
         for (unsigned i = 0; i < 20; ++i)
-            playAt(*system, load(*system, std::vector<short>(3000 + 100 * i, 1000)), 131 * i)
+            playAt(*system, load(*system, std::vector<short>(3000 + 100 * i, 1000)),
+                   quint64{131} * i)
                 ->setVolume(0.5F + 0.02F * static_cast<float>(i));
     update(*live, 40);
     update(*written, 5);
     written.release()->release();
     std::vector<short> expected = SoundFiles::read(file).samples;
-    QVERIFY(asShorts(clock.pull(5 * 1024)) == expected);
+    QVERIFY(asShorts(clock.pull(5120)) == expected);
     QCOMPARE(LiveStatus::lateStarts(*live), std::uint64_t{0});
 }
 

@@ -1,4 +1,5 @@
 #include "Sound/Mixer.h"
+#include "WholeSample.h"
 
 #include <QtTest>
 
@@ -147,16 +148,23 @@ private slots:
     void unknownSlotsAreIgnored();
     void clockCountsFrames();
     void clockGoesBeyond32Bits();
+    void voicePlaysWhatHasGrownMeanwhile();
+    void voiceAheadOfItsSampleIsSilentThere();
+    void sampleMayEndBeforeItsVoiceKnows();
+    void gainGoesOnWhileFramesAreMissing();
+    void stopEndsAVoiceThatIsAheadOfItsSample();
+    void voiceStoppedBeforeTheStartDoesNotWaitForItsSample();
     void nothingIsAllocated();
 };
 
 void tst_Mixer::awaitedVoiceStartsOnTime()
 {
     const Samples samples = stairs(100);
+    const CompleteSample sample{samples};
     Mixer mixer(4);
     mixer.await(1, 150, {1, 0.5F});
     Mix mix = mixed(mixer, 100);
-    mixer.provide(1, samples.data(), samples.data(), samples.size());
+    mixer.provide(1, sample);
     append(mix, mixer, 200);
     QVERIFY(slice(mix.left, 0, 150) == Samples(150, 0.0F));
     QVERIFY(slice(mix.left, 150, 100) == samples);
@@ -168,37 +176,41 @@ void tst_Mixer::awaitedVoiceStartsOnTime()
 void tst_Mixer::awaitedVoiceThatComesLateStartsAtOnce()
 {
     const Samples samples = stairs(100);
+    const CompleteSample sample{samples};
     Mixer mixer(4);
     mixer.await(0, 10, {1, 1});
     QVERIFY(mixed(mixer, 100).left == Samples(100, 0.0F));
     QCOMPARE(mixer.voices(), std::size_t{1});
-    mixer.provide(0, samples.data(), samples.data(), samples.size());
+    mixer.provide(0, sample);
     QVERIFY(mixed(mixer, 100).left == samples);
 }
 
 void tst_Mixer::awaitedVoiceKeepsItsPlaceInTheOrder()
 {
     std::vector<Samples> sounds;
+    std::deque<CompleteSample> samples;
     Mixer expected(16);
-    for (unsigned i = 0; i < 11; ++i)
+    for (unsigned i = 0; i < 11; ++i) {
         sounds.push_back(noise(500, i));
+        samples.emplace_back(sounds.back());
+    }
     for (unsigned i = 0; i < 11; ++i)
         expected.start(i, mono(sounds[i], 10 * i, {0.3F, 0.7F}));
     Mixer mixer(16);
     for (unsigned i = 0; i < 11; ++i)
         mixer.await(i, 10 * i, {0.3F, 0.7F});
     for (unsigned i = 11; i-- > 0;)
-        mixer.provide(i, sounds[i].data(), sounds[i].data(), sounds[i].size());
+        mixer.provide(i, samples[i]);
     QVERIFY(mixed(mixer, 700) == mixed(expected, 700));
 }
 
 void tst_Mixer::stoppedVoiceIsNotAwaitedAnyMore()
 {
-    const Samples samples = stairs(100);
+    const CompleteSample sample{stairs(100)};
     Mixer mixer(4);
     mixer.await(3, 50, {1, 1});
     mixer.stop(3);
-    mixer.provide(3, samples.data(), samples.data(), samples.size());
+    mixer.provide(3, sample);
     QVERIFY(mixed(mixer, 200).left == Samples(200, 0.0F));
     QCOMPARE(mixer.voices(), std::size_t{0});
     QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{3});
@@ -207,15 +219,136 @@ void tst_Mixer::stoppedVoiceIsNotAwaitedAnyMore()
 void tst_Mixer::samplesAreProvidedOnce()
 {
     const Samples samples = stairs(100);
-    const Samples others = stairs(50, 2.0F);
+    const CompleteSample others{stairs(50, 2.0F)};
     Mixer mixer(2);
     mixer.start(0, mono(samples));
-    mixer.provide(0, others.data(), others.data(), others.size());
-    mixer.provide(1, others.data(), others.data(), others.size());
-    mixer.provide(2, others.data(), others.data(), others.size());
+    mixer.provide(0, others);
+    mixer.provide(1, others);
+    mixer.provide(2, others);
     mixer.await(0, 0, {1, 1});
     mixer.await(2, 0, {1, 1});
     QVERIFY(mixed(mixer, 100).left == samples);
+}
+
+void tst_Mixer::voicePlaysWhatHasGrownMeanwhile()
+{
+    const Samples samples = stairs(300);
+    for (const std::size_t block : {1U, 7U, 50U, 60U}) {
+        AudioSample sample;
+        sample.allocate(1000, false);
+        Mixer mixer(1);
+        mixer.await(0, 0, {1, 1});
+        Mix mix;
+        for (std::size_t made = 0; made < 300; made += 60) {
+            sample.append(samples.data() + made, nullptr, 60);
+            sample.publish();
+            mixer.provide(0, sample); // counts once
+            while (mix.left.size() + block <= made + 60)
+                append(mix, mixer, block);
+        }
+        sample.complete();
+        append(mix, mixer, 400 - mix.left.size());
+        QVERIFY(slice(mix.left, 0, 300) == samples);
+        QVERIFY(slice(mix.left, 300, 100) == Samples(100, 0.0F));
+        QCOMPARE(mixer.ended().size(), std::size_t{1});
+        QCOMPARE(mixer.missedFrames(), std::uint64_t{0});
+    }
+}
+
+void tst_Mixer::voiceAheadOfItsSampleIsSilentThere()
+{
+    const Samples samples = stairs(300);
+    AudioSample sample;
+    sample.allocate(300, false);
+    sample.append(samples.data(), nullptr, 100);
+    sample.publish();
+    Mixer mixer(1);
+    mixer.await(0, 0, {1, 1});
+    mixer.provide(0, sample);
+    Mix mix = mixed(mixer, 80);
+    append(mix, mixer, 80);
+    QCOMPARE(mixer.missedFrames(), std::uint64_t{60});
+    append(mix, mixer, 10);
+    QCOMPARE(mixer.missedFrames(), std::uint64_t{70});
+    sample.append(samples.data() + 100, nullptr, 200);
+    sample.publish();
+    sample.complete();
+    append(mix, mixer, 200);
+    QVERIFY(slice(mix.left, 0, 100) == slice(samples, 0, 100));
+    QVERIFY(slice(mix.left, 100, 70) == Samples(70, 0.0F));
+    QVERIFY(slice(mix.left, 170, 130) == slice(samples, 170, 130));
+    QCOMPARE(mixer.missedFrames(), std::uint64_t{70});
+    QCOMPARE(mixer.ended().size(), std::size_t{1});
+}
+
+void tst_Mixer::sampleMayEndBeforeItsVoiceKnows()
+{
+    const Samples samples = stairs(100);
+    AudioSample sample;
+    sample.allocate(1000, false);
+    sample.append(samples.data(), nullptr, 100);
+    sample.publish();
+    Mixer mixer(1);
+    mixer.await(0, 0, {1, 1});
+    mixer.provide(0, sample);
+    Mix mix = mixed(mixer, 150);
+    QVERIFY(mixer.ended().empty());
+    sample.complete();
+    append(mix, mixer, 50);
+    QCOMPARE(mixer.ended().size(), std::size_t{1});
+    QVERIFY(slice(mix.left, 100, 100) == Samples(100, 0.0F));
+}
+
+void tst_Mixer::gainGoesOnWhileFramesAreMissing()
+{
+    const Samples ones(3000, 1.0F);
+    AudioSample sample;
+    sample.allocate(3000, false);
+    sample.append(ones.data(), nullptr, 100);
+    sample.publish();
+    Mixer mixer(1);
+    mixer.await(0, 0, {1, 1});
+    mixer.provide(0, sample);
+    mixed(mixer, 50);
+    mixer.setGain(0, {0.5F, 0.5F});
+    mixed(mixer, 100);
+    sample.append(ones.data(), nullptr, 2900);
+    sample.publish();
+    QCOMPARE(mixed(mixer, 1).left[0], 1.0F - 0.5F * 101 / 1024);
+    QVERIFY(slice(mixed(mixer, 1023).left, 922, 101) == Samples(101, 0.5F));
+}
+
+void tst_Mixer::stopEndsAVoiceThatIsAheadOfItsSample()
+{
+    const Samples ones(100, 1.0F);
+    AudioSample sample;
+    sample.allocate(3000, false);
+    sample.append(ones.data(), nullptr, 100);
+    sample.publish();
+    Mixer mixer(1);
+    mixer.await(0, 0, {1, 1});
+    mixer.provide(0, sample);
+    mixed(mixer, 50);
+    mixer.stop(0);
+    mixed(mixer, 255);
+    QVERIFY(mixer.ended().empty());
+    mixed(mixer, 1);
+    QCOMPARE(mixer.ended().size(), std::size_t{1});
+}
+
+void tst_Mixer::voiceStoppedBeforeTheStartDoesNotWaitForItsSample()
+{
+    AudioSample sample;
+    sample.allocate(3000, false);
+    sample.appendSilence(100);
+    sample.publish();
+    Mixer mixer(1);
+    mixer.await(0, 5000, {1, 1});
+    mixer.provide(0, sample);
+    mixed(mixer, 50);
+    mixer.stop(0);
+    mixed(mixer, 1);
+    QCOMPARE(mixer.ended().size(), std::size_t{1});
 }
 
 void tst_Mixer::withoutVoicesThereIsSilence()

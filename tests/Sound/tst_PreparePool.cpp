@@ -1,7 +1,10 @@
 #include "Sound/PreparePool.h"
 
+#include "WholeSample.h"
+
 #include <QtTest>
 
+#include <algorithm>
 #include <atomic>
 #include <future>
 #include <new>
@@ -16,22 +19,59 @@ struct Gate {
 
     Preparation::Make job()
     {
-        return [this](AudioSample &sample) {
+        return WholeSample::made([this](WholeSample &sample) {
             started.set_value();
             opened.get_future().wait();
             sample.left = {1, 2, 3};
             return FMOD_OK;
-        };
+        });
     }
 };
 
 Preparation::Make counting(std::atomic<int> &runs)
 {
-    return [&runs](AudioSample &sample) {
+    return WholeSample::made([&runs](WholeSample &sample) {
         sample.left.assign(static_cast<std::size_t>(++runs), 0.5F);
         return FMOD_OK;
-    };
+    });
 }
+
+/// Counts up to `length` in portions of 100 frames, and notes in which order this happens.
+class Portions {
+public:
+    explicit Portions(std::size_t length)
+        : m_length(length)
+    {
+    }
+
+    Preparation::Make job(int name)
+    {
+        return [this, name](AudioSample &sample, std::size_t frames) {
+            if (sample.maxFrames() == 0)
+                sample.allocate(m_length, false);
+            m_order.push_back(name); // by one thread at a time
+            while (!sample.has(frames))
+                append(sample);
+            return FMOD_OK;
+        };
+    }
+
+    const std::vector<int> &order() const { return m_order; }
+
+private:
+    void append(AudioSample &sample) const
+    {
+        const std::vector<float> portion(100, 0.5F);
+        sample.append(portion.data(), portion.data(),
+                      std::min(portion.size(), m_length - sample.frames()));
+        sample.publish();
+        if (sample.frames() == m_length)
+            sample.complete();
+    }
+
+    std::size_t m_length;
+    std::vector<int> m_order;
+};
 
 } // namespace
 
@@ -49,6 +89,13 @@ private slots:
     void errorGivesSilenceAndIsToldOnce();
     void exceptionGivesSilenceAndAnError_data();
     void exceptionGivesSilenceAndAnError();
+    void sampleIsMadeAsFarAsItIsWanted();
+    void errorInTheMiddleKeepsWhatWasThere();
+    void jobThatDoesNothingEnds();
+    void readersSeeTheSampleGrow();
+    void allHeadsComeBeforeFurtherPieces();
+    void whatWasAskedForIsMadeOnce();
+    void nothingIsMadeUnasked();
     void jobsMemoryGoesWithTheJob();
     void whatNobodyHoldsIsNotMade();
     void longQueueIsWorkedOffByTheCaller();
@@ -63,12 +110,11 @@ void tst_PreparePool::sampleIsMadeOnce()
 {
     std::atomic<int> runs{0};
     Preparation preparation(counting(runs));
-    QVERIFY(!preparation.isDone());
-    preparation.run();
-    QVERIFY(preparation.isDone());
-    preparation.run();
-    QCOMPARE(preparation.sample().frames(), std::size_t{1});
-    QCOMPARE(&preparation.sample(), &preparation.sample());
+    QVERIFY(!preparation.sample().isComplete());
+    preparation.run(Preparation::All);
+    QVERIFY(preparation.sample().isComplete());
+    preparation.run(Preparation::All);
+    QCOMPARE(whole(preparation).frames(), std::size_t{1});
     QCOMPARE(runs.load(), 1);
 }
 
@@ -80,9 +126,9 @@ void tst_PreparePool::sampleIsMadeByTheOneWhoNeedsItFirst()
     const auto first = pool.add(gate.job());
     gate.started.get_future().wait();
     const auto second = pool.add(counting(runs));
-    QCOMPARE(second->sample().frames(), std::size_t{1}); // the only thread is busy
+    QCOMPARE(whole(*second).frames(), std::size_t{1}); // the only thread is busy
     gate.opened.set_value();
-    QCOMPARE(first->sample().frames(), std::size_t{3});
+    QCOMPARE(whole(*first).frames(), std::size_t{3});
     QCOMPARE(runs.load(), 1);
 }
 
@@ -90,12 +136,12 @@ void tst_PreparePool::withoutThreadsTheCallerMakesIt()
 {
     PreparePool pool(0);
     std::thread::id worker;
-    const auto preparation = pool.add([&worker](AudioSample &) {
+    const auto preparation = pool.add(WholeSample::made([&worker](WholeSample &) {
         worker = std::this_thread::get_id();
         return FMOD_OK;
-    });
-    QVERIFY(!preparation->isDone());
-    preparation->sample();
+    }));
+    QVERIFY(!preparation->sample().isComplete());
+    preparation->makeUpTo(1);
     QVERIFY(worker == std::this_thread::get_id());
 }
 
@@ -103,10 +149,10 @@ void tst_PreparePool::threadsMakeWhatNobodyWaitsFor()
 {
     std::promise<std::thread::id> worker;
     PreparePool pool(2);
-    const auto preparation = pool.add([&worker](AudioSample &) {
+    const auto preparation = pool.add(WholeSample::made([&worker](WholeSample &) {
         worker.set_value(std::this_thread::get_id());
         return FMOD_OK;
-    });
+    }));
     QVERIFY(worker.get_future().get() != std::this_thread::get_id());
 }
 
@@ -117,10 +163,10 @@ void tst_PreparePool::waiterGetsWhatAnotherThreadMakes()
     const auto preparation = pool.add(gate.job());
     gate.started.get_future().wait();
     auto waiter =
-        std::async(std::launch::async, [preparation] { return preparation->sample().frames(); });
-    QVERIFY(!preparation->isDone());
+        std::async(std::launch::async, [preparation] { return whole(*preparation).frames(); });
+    QVERIFY(!preparation->sample().isComplete());
     gate.opened.set_value();
-    QCOMPARE(preparation->sample().frames(), std::size_t{3});
+    QCOMPARE(whole(*preparation).frames(), std::size_t{3});
     QCOMPARE(waiter.get(), std::size_t{3});
 }
 
@@ -130,17 +176,17 @@ void tst_PreparePool::jobsMayBuildOnOthers()
         PreparePool pool(threads);
         std::vector<std::shared_ptr<Preparation>> results;
         for (std::size_t i = 1; i <= 200; ++i) {
-            const auto source = pool.add([i](AudioSample &sample) {
+            const auto source = pool.add(WholeSample::made([i](WholeSample &sample) {
                 sample.left.assign(i, 1.0F);
                 return FMOD_OK;
-            });
-            results.push_back(pool.add([source](AudioSample &sample) {
-                sample.left.assign(2 * source->sample().frames(), 1.0F);
-                return FMOD_OK;
             }));
+            results.push_back(pool.add(WholeSample::made([source](WholeSample &sample) {
+                sample.left.assign(2 * whole(*source).frames(), 1.0F);
+                return FMOD_OK;
+            })));
         }
         for (std::size_t i = 200; i > 0; --i)
-            QCOMPARE(results[i - 1]->sample().frames(), 2 * i);
+            QCOMPARE(whole(*results[i - 1]).frames(), 2 * i);
     }
 }
 
@@ -150,8 +196,9 @@ void tst_PreparePool::manyThreadsAskForTheSame()
     PreparePool pool(4);
     for (int round = 0; round < 100; ++round) {
         const auto preparation = pool.add(counting(runs));
-        auto other = std::async(std::launch::async, [preparation] { preparation->run(); });
-        QCOMPARE(preparation->sample().frames(), static_cast<std::size_t>(round + 1));
+        auto other =
+            std::async(std::launch::async, [preparation] { preparation->run(Preparation::All); });
+        QCOMPARE(whole(*preparation).frames(), static_cast<std::size_t>(round + 1));
         other.get();
     }
     QCOMPARE(runs.load(), 100);
@@ -159,13 +206,14 @@ void tst_PreparePool::manyThreadsAskForTheSame()
 
 void tst_PreparePool::errorGivesSilenceAndIsToldOnce()
 {
-    Preparation preparation([](AudioSample &sample) {
+    Preparation preparation(WholeSample::made([](WholeSample &sample) {
         sample.left = {1, 2, 3};
         return FMOD_ERR_FILE_BAD;
-    });
+    }));
+    preparation.run(1);
     QCOMPARE(preparation.takeError(), FMOD_ERR_FILE_BAD);
     QCOMPARE(preparation.takeError(), FMOD_OK);
-    QCOMPARE(preparation.sample().frames(), std::size_t{0});
+    QCOMPARE(whole(preparation).frames(), std::size_t{0});
 }
 
 void tst_PreparePool::exceptionGivesSilenceAndAnError_data()
@@ -181,22 +229,142 @@ void tst_PreparePool::exceptionGivesSilenceAndAnError()
     QFETCH(bool, lacksMemory);
     QFETCH(int, error);
     PreparePool pool(1);
-    const auto preparation = pool.add([lacksMemory](AudioSample &sample) -> FMOD_RESULT {
-        sample.left = {1, 2, 3};
-        if (lacksMemory)
-            throw std::bad_alloc();
-        throw std::runtime_error("odd");
-    });
-    QCOMPARE(preparation->sample().frames(), std::size_t{0});
+    const auto preparation =
+        pool.add(WholeSample::made([lacksMemory](WholeSample &sample) -> FMOD_RESULT {
+            sample.left = {1, 2, 3};
+            if (lacksMemory)
+                throw std::bad_alloc();
+            throw std::runtime_error("odd");
+        }));
+    QCOMPARE(whole(*preparation).frames(), std::size_t{0});
     QCOMPARE(int{preparation->takeError()}, error);
+}
+
+void tst_PreparePool::sampleIsMadeAsFarAsItIsWanted()
+{
+    Portions portions(1050);
+    Preparation preparation(portions.job(1));
+    preparation.run(150);
+    QCOMPARE(preparation.sample().frames(), std::size_t{200});
+    QCOMPARE(preparation.sample().maxFrames(), std::size_t{1050});
+    preparation.run(200);
+    QCOMPARE(portions.order().size(), std::size_t{1});
+    preparation.makeUpTo(1050);
+    QCOMPARE(preparation.sample().frames(), std::size_t{1050});
+    QVERIFY(preparation.sample().isComplete());
+    preparation.makeUpTo(Preparation::All);
+    QCOMPARE(portions.order().size(), std::size_t{2});
+    QVERIFY(whole(preparation).left == std::vector<float>(1050, 0.5F));
+}
+
+void tst_PreparePool::errorInTheMiddleKeepsWhatWasThere()
+{
+    Preparation preparation([](AudioSample &sample, std::size_t) {
+        if (sample.frames() > 0)
+            return FMOD_ERR_FILE_BAD;
+        sample.allocate(1000, true);
+        sample.appendSilence(10);
+        sample.publish();
+        sample.appendSilence(20);
+        return FMOD_OK;
+    });
+    preparation.makeUpTo(10);
+    QCOMPARE(preparation.takeError(), FMOD_OK);
+    preparation.makeUpTo(11);
+    QCOMPARE(preparation.takeError(), FMOD_ERR_FILE_BAD);
+    QCOMPARE(preparation.takeError(), FMOD_OK);
+    QVERIFY(preparation.sample().isComplete());
+    QCOMPARE(preparation.sample().frames(), std::size_t{10});
+    QCOMPARE(preparation.sample().maxFrames(), std::size_t{10});
+    QCOMPARE(preparation.sample().bytes(), std::size_t{80});
+}
+
+void tst_PreparePool::jobThatDoesNothingEnds()
+{
+    Preparation preparation([](AudioSample &, std::size_t) { return FMOD_OK; });
+    preparation.makeUpTo(1);
+    QCOMPARE(preparation.takeError(), FMOD_ERR_INTERNAL);
+    QCOMPARE(whole(preparation).frames(), std::size_t{0});
+}
+
+void tst_PreparePool::readersSeeTheSampleGrow()
+{
+    constexpr std::size_t Length = 100000;
+    Portions portions(Length);
+    PreparePool pool(1);
+    const auto preparation = pool.add(portions.job(1));
+    pool.ask(preparation, Length);
+    const AudioSample &sample = preparation->sample();
+    std::size_t seen = 0;
+    while (seen < Length) {
+        const std::size_t frames = sample.frames();
+        for (; seen < frames; ++seen)
+            QCOMPARE(sample.left()[seen], 0.5F);
+    }
+}
+
+void tst_PreparePool::allHeadsComeBeforeFurtherPieces()
+{
+    constexpr int Sounds = 16;
+    Portions portions(100000);
+    Gate gate;
+    PreparePool pool(1);
+    const auto busy = pool.add(gate.job());
+    gate.started.get_future().wait();
+    std::vector<std::shared_ptr<Preparation>> all;
+    std::vector<int> expected;
+    for (int i = 0; i < Sounds; ++i) {
+        all.push_back(pool.add(portions.job(i)));
+        pool.ask(all.back(), 50000);
+        expected.push_back(i);
+    }
+    for (int i = 0; i < Sounds; ++i)
+        expected.push_back(i);
+    gate.opened.set_value();
+    while (!all.back()->sample().has(50000))
+        std::this_thread::yield();
+    for (const auto &preparation : all) {
+        QVERIFY(preparation->sample().frames() >= 50000);
+        QVERIFY(preparation->sample().frames() < 50100);
+    }
+    QVERIFY(portions.order() == expected);
+}
+
+void tst_PreparePool::whatWasAskedForIsMadeOnce()
+{
+    Portions portions(100000);
+    PreparePool pool(0);
+    const auto preparation = pool.add(portions.job(1));
+    pool.ask(preparation, 100); // its head has more
+    pool.standIn();
+    QCOMPARE(preparation->sample().frames(), Preparation::HeadFrames);
+    for (int i = 0; i < 3; ++i)
+        pool.ask(preparation, 20000);
+    pool.standIn();
+    QCOMPARE(preparation->sample().frames(), std::size_t{20000});
+    pool.ask(preparation, 20000);
+    pool.standIn();
+    QCOMPARE(portions.order().size(), std::size_t{2});
+}
+
+void tst_PreparePool::nothingIsMadeUnasked()
+{
+    Portions portions(1000000);
+    std::shared_ptr<Preparation> preparation;
+    {
+        PreparePool pool(2);
+        preparation = pool.add(portions.job(1));
+        preparation->makeUpTo(1);
+    }
+    QVERIFY(preparation->sample().frames() <= Preparation::HeadFrames);
 }
 
 void tst_PreparePool::jobsMemoryGoesWithTheJob()
 {
     const auto bytes = std::make_shared<int>(7);
-    Preparation preparation([bytes](AudioSample &) { return FMOD_OK; });
+    Preparation preparation(WholeSample::made([bytes](WholeSample &) { return FMOD_OK; }));
     QCOMPARE(bytes.use_count(), 2L);
-    preparation.run();
+    preparation.run(Preparation::All);
     QCOMPARE(bytes.use_count(), 1L);
 }
 
@@ -210,7 +378,7 @@ void tst_PreparePool::whatNobodyHoldsIsNotMade()
     pool.add(counting(runs));
     const auto last = pool.add(counting(runs));
     gate.opened.set_value();
-    QCOMPARE(last->sample().frames(), std::size_t{1});
+    QCOMPARE(whole(*last).frames(), std::size_t{1});
     QCOMPARE(runs.load(), 1);
 }
 
@@ -224,8 +392,8 @@ void tst_PreparePool::longQueueIsWorkedOffByTheCaller()
     QCOMPARE(runs.load(), 0);
     all.push_back(pool.add(counting(runs)));
     QCOMPARE(runs.load(), 1);
-    QVERIFY(all.front()->isDone());
-    QVERIFY(!all.back()->isDone());
+    QVERIFY(all.front()->sample().isComplete());
+    QVERIFY(!all.back()->sample().isComplete());
 }
 
 void tst_PreparePool::queueMayBeLongerWhereNobodyHasTime()
@@ -250,11 +418,11 @@ void tst_PreparePool::callerStandsInForThreadsThatAreMissing()
     pool.add(counting(runs)); // nobody holds it
     const auto last = pool.add(counting(runs));
     pool.standIn();
-    QVERIFY(first->isDone());
+    QVERIFY(first->sample().isComplete());
     pool.standIn();
-    QVERIFY(!last->isDone());
+    QVERIFY(!last->sample().isComplete());
     pool.standIn();
-    QVERIFY(last->isDone());
+    QVERIFY(last->sample().isComplete());
     pool.standIn();
     QCOMPARE(runs.load(), 2);
 }
@@ -270,7 +438,7 @@ void tst_PreparePool::callerDoesNotStandInForThreads()
     pool.standIn();
     QCOMPARE(runs.load(), 0);
     gate.opened.set_value();
-    QCOMPARE(queued->sample().frames(), std::size_t{1});
+    QCOMPARE(whole(*queued).frames(), std::size_t{1});
 }
 
 void tst_PreparePool::endWaitsForTheRunningAndLeavesTheRest()
@@ -286,9 +454,9 @@ void tst_PreparePool::endWaitsForTheRunningAndLeavesTheRest()
         gate.started.get_future().wait();
         gate.opened.set_value();
     }
-    QVERIFY(running->isDone());
-    QCOMPARE(running->sample().frames(), std::size_t{3});
-    QCOMPARE(queued->sample().frames(), std::size_t{1});
+    QVERIFY(running->sample().isComplete());
+    QCOMPARE(whole(*running).frames(), std::size_t{3});
+    QCOMPARE(whole(*queued).frames(), std::size_t{1});
     QCOMPARE(runs.load(), 1);
 }
 

@@ -1,5 +1,6 @@
 #include "Sound/RemoteMixer.h"
 #include "VoiceTraffic.h"
+#include "WholeSample.h"
 
 #include <QtTest>
 
@@ -15,11 +16,11 @@ using Slots = std::vector<RemoteMixer::Slot>;
 
 constexpr std::size_t FewCommands = 4;
 
-void start(RemoteMixer &mixer, RemoteMixer::Slot slot, const Samples &samples,
+void start(RemoteMixer &mixer, RemoteMixer::Slot slot, const AudioSample &samples,
            std::uint64_t clock = 0, RemoteMixer::Gain gain = {1, 1})
 {
     mixer.await(slot, clock, gain);
-    mixer.provide(slot, samples.data(), samples.data(), samples.size());
+    mixer.provide(slot, samples);
 }
 
 /// The left side.
@@ -81,7 +82,7 @@ private slots:
 void tst_RemoteMixer::commandsWaitForTheNextBlock()
 {
     RemoteMixer mixer(2);
-    const Samples ones(100, 1.0F);
+    const CompleteSample ones{Samples(100, 1.0F)};
     QVERIFY(mixed(mixer, 10) == Samples(10, 0.0F));
     start(mixer, 1, ones);
     QVERIFY(mixed(mixer, 10) == Samples(10, 1.0F));
@@ -101,7 +102,7 @@ void tst_RemoteMixer::clockIsThatOfTheMixedBlocks()
 void tst_RemoteMixer::endedSlotsComeBack()
 {
     RemoteMixer mixer(3);
-    const Samples ones(10, 1.0F);
+    const CompleteSample ones{Samples(10, 1.0F)};
     start(mixer, 2, ones);
     start(mixer, 0, ones, 5);
     mixed(mixer, 9);
@@ -115,7 +116,7 @@ void tst_RemoteMixer::endedSlotsComeBack()
 void tst_RemoteMixer::slotMayBeUsedAgainAtOnce()
 {
     RemoteMixer mixer(1);
-    const Samples ones(10, 1.0F);
+    const CompleteSample ones{Samples(10, 1.0F)};
     for (int i = 0; i < 100; ++i) {
         start(mixer, 0, ones, 0, {0.5F, 0.5F});
         QVERIFY(mixed(mixer, 10) == Samples(10, 0.5F));
@@ -126,7 +127,7 @@ void tst_RemoteMixer::slotMayBeUsedAgainAtOnce()
 void tst_RemoteMixer::whatDoesNotFitComesLaterInItsOrder()
 {
     RemoteMixer mixer(3, FewCommands);
-    const Samples ones(100, 1.0F);
+    const CompleteSample ones{Samples(100, 1.0F)};
     for (const RemoteMixer::Slot slot : {0U, 1U, 2U})
         start(mixer, slot, ones); // 6 commands
     mixer.stop(2);
@@ -140,7 +141,7 @@ void tst_RemoteMixer::whatDoesNotFitComesLaterInItsOrder()
 void tst_RemoteMixer::laterCommandsSendWhatWaits()
 {
     RemoteMixer mixer(4, FewCommands);
-    const Samples ones(100, 1.0F);
+    const CompleteSample ones{Samples(100, 1.0F)};
     for (const RemoteMixer::Slot slot : {0U, 1U, 2U})
         start(mixer, slot, ones);
     mixed(mixer, 1);
@@ -151,7 +152,7 @@ void tst_RemoteMixer::laterCommandsSendWhatWaits()
 void tst_RemoteMixer::onlyTheLastOfManyGainsCounts()
 {
     RemoteMixer mixer(2, FewCommands);
-    const Samples ones(5000, 1.0F);
+    const CompleteSample ones{Samples(5000, 1.0F)};
     start(mixer, 0, ones, 100);
     start(mixer, 1, ones, 100);
     for (int i = 0; i <= 100000; ++i) {
@@ -168,7 +169,7 @@ void tst_RemoteMixer::onlyTheLastOfManyGainsCounts()
 void tst_RemoteMixer::gainThatWaitsFallsToNoOtherVoice()
 {
     RemoteMixer mixer(1, FewCommands);
-    const Samples ones(4, 1.0F);
+    const CompleteSample ones{Samples(4, 1.0F)};
     start(mixer, 0, ones);
     mixed(mixer, 4);
     for (int i = 0; i < 10; ++i)
@@ -181,7 +182,7 @@ void tst_RemoteMixer::gainThatWaitsFallsToNoOtherVoice()
 void tst_RemoteMixer::gainOfAVoiceWithoutRoomArrives()
 {
     RemoteMixer mixer(3, FewCommands);
-    const Samples ones(100, 1.0F);
+    const CompleteSample ones{Samples(100, 1.0F)};
     for (const RemoteMixer::Slot slot : {0U, 1U, 2U})
         start(mixer, slot, ones);
     mixer.setGain(2, {0.5F, 0.5F}); // behind the start that waits itself
@@ -192,7 +193,7 @@ void tst_RemoteMixer::mixAfterAllLeavesNothingBehind()
 {
     constexpr std::size_t Voices = 5000;
     RemoteMixer mixer(Voices, FewCommands);
-    const Samples ones(10, 1.0F);
+    const CompleteSample ones{Samples(10, 1.0F)};
     for (RemoteMixer::Slot slot = 0; slot < Voices; ++slot)
         start(mixer, slot, ones);
     QVERIFY(mixedAfterAll(mixer, 10) == Samples(10, 5000.0F));
@@ -203,7 +204,7 @@ void tst_RemoteMixer::everySlotCanEndInOneBlock()
 {
     constexpr std::size_t Voices = 65536;
     RemoteMixer mixer(Voices);
-    const Samples ones(10, 1.0F);
+    const CompleteSample ones{Samples(10, 1.0F)};
     for (int round = 0; round < 2; ++round) {
         for (RemoteMixer::Slot slot = 0; slot < Voices; ++slot)
             start(mixer, slot, ones, 2000);
@@ -216,7 +217,7 @@ void tst_RemoteMixer::everySlotCanEndInOneBlock()
 void tst_RemoteMixer::unknownSlotsAreIgnored()
 {
     RemoteMixer mixer(1);
-    const Samples ones(10, 1.0F);
+    const CompleteSample ones{Samples(10, 1.0F)};
     start(mixer, 1, ones);
     mixer.setGain(1, {1, 1});
     mixer.stop(7);
@@ -227,7 +228,8 @@ void tst_RemoteMixer::unknownSlotsAreIgnored()
 void tst_RemoteMixer::lateStartsAreCounted()
 {
     RemoteMixer mixer(5);
-    const Samples ones(10, 1.0F);
+    const CompleteSample ones{Samples(10, 1.0F)};
+    const CompleteSample nothing{WholeSample()};
     mixed(mixer, 100);
     start(mixer, 0, ones, 100);
     start(mixer, 1, ones, 0); // at once
@@ -235,11 +237,11 @@ void tst_RemoteMixer::lateStartsAreCounted()
     mixer.await(3, 105, {1, 1});
     mixed(mixer, 10);
     QCOMPARE(mixer.lateStarts(), std::uint64_t{0});
-    mixer.provide(2, ones.data(), ones.data(), ones.size());
-    mixer.provide(3, ones.data(), ones.data(), 0); // nothing that could be late
+    mixer.provide(2, ones);
+    mixer.provide(3, nothing); // it could not be late
     mixer.await(4, 105, {1, 1});
     mixer.stop(4);
-    mixer.provide(4, ones.data(), ones.data(), ones.size());
+    mixer.provide(4, ones);
     QVERIFY(mixed(mixer, 10) == Samples(10, 1.0F));
     QCOMPARE(mixer.lateStarts(), std::uint64_t{1});
 }

@@ -1,6 +1,8 @@
 #include "Sound/SampleCache.h"
 
 #include "Sound/Decoder.h"
+#include "Sound/Resampler.h"
+#include "WholeSample.h"
 
 #include <QtTest>
 
@@ -13,11 +15,8 @@ constexpr std::size_t KiB = 1024;
 
 SampleCache::Sample sampleOf(std::size_t frames, bool stereo = false)
 {
-    return std::make_shared<Preparation>([frames, stereo](AudioSample &sample) {
-        sample.left.assign(frames, 0.5F);
-        sample.right.assign(stereo ? frames : 0, 0.25F);
-        return FMOD_OK;
-    });
+    return WholeSample::preparation(
+        {std::vector<float>(frames, 0.5F), std::vector<float>(stereo ? frames : 0, 0.25F)});
 }
 
 /// A cache for which the calling thread does the work, whenever a sample is asked for.
@@ -35,7 +34,7 @@ SampleCache::Sample prepared(SampleCache &cache, const SampleCache::Sample &sour
     SampleCache::Sample result;
     if (cache.prepare(source, rate, result) != FMOD_OK)
         qFatal("preparing failed");
-    result->run();
+    result->run(Preparation::All);
     cache.settle();
     return result;
 }
@@ -57,6 +56,8 @@ private slots:
     void forgettingDropsAllRatesOfOneSound();
     void sampleThatIsNotMadeYetIsFoundToo();
     void sampleIsCountedWhenItIsMade();
+    void sampleThatGrowsIsCountedAsFarAsItIsMade();
+    void sampleThatGrowsMayBeDropped();
     void whatIsNotMadeYetIsNotDropped();
     void forgottenSoundIsNotMade();
     void brokenSoundIsSilentAtEveryRate();
@@ -169,7 +170,7 @@ void tst_SampleCache::sampleThatIsNotMadeYetIsFoundToo()
     SampleCache::Sample second;
     QCOMPARE(cache.prepare(source, 24000, first), FMOD_OK);
     QCOMPARE(cache.prepare(source, 24000, second), FMOD_OK);
-    QVERIFY(!first->isDone());
+    QVERIFY(!first->sample().isComplete());
     QCOMPARE(first, second);
     QCOMPARE(cache.count(), std::size_t{1});
 }
@@ -181,12 +182,44 @@ void tst_SampleCache::sampleIsCountedWhenItIsMade()
     QCOMPARE(cache.prepare(sampleOf(100), 24000, result), FMOD_OK);
     cache.settle();
     QCOMPARE(cache.bytes(), std::size_t{0});
-    result->run();
+    result->run(Preparation::All);
     QCOMPARE(cache.bytes(), std::size_t{0});
     cache.settle();
     QCOMPARE(cache.bytes(), std::size_t{800});
     cache.settle();
     QCOMPARE(cache.bytes(), std::size_t{800});
+}
+
+void tst_SampleCache::sampleThatGrowsIsCountedAsFarAsItIsMade()
+{
+    Cache cache(1000 * KiB);
+    SampleCache::Sample result;
+    QCOMPARE(cache.prepare(sampleOf(50000), 24000, result), FMOD_OK);
+    for (const std::size_t frames : {14400, 40000}) {
+        result->run(frames);
+        cache.settle();
+        QVERIFY(!result->sample().isComplete());
+        QCOMPARE(cache.bytes(), 4 * result->sample().frames() + Resampler::WorkingBytes);
+    }
+    result->run(Preparation::All);
+    cache.settle();
+    QCOMPARE(cache.bytes(), std::size_t{400000});
+}
+
+void tst_SampleCache::sampleThatGrowsMayBeDropped()
+{
+    Cache cache(200 * KiB);
+    const auto source = sampleOf(200000);
+    SampleCache::Sample held;
+    QCOMPARE(cache.prepare(source, 24000, held), FMOD_OK);
+    held->run(14400);
+    cache.settle();
+    QCOMPARE(cache.count(), std::size_t{1});
+    held->run(60000);
+    cache.settle();
+    QCOMPARE(cache.count(), std::size_t{0});
+    QCOMPARE(cache.bytes(), std::size_t{0});
+    QCOMPARE(whole(*held).frames(), std::size_t{400000});
 }
 
 void tst_SampleCache::whatIsNotMadeYetIsNotDropped()
@@ -215,7 +248,7 @@ void tst_SampleCache::forgottenSoundIsNotMade()
     QVERIFY(!watched.expired());
     cache.forget(source);
     QVERIFY(watched.expired());
-    QVERIFY(!source->isDone());
+    QVERIFY(!source->sample().isComplete());
     cache.settle();
     QCOMPARE(cache.bytes(), std::size_t{0});
 }
@@ -224,7 +257,7 @@ void tst_SampleCache::brokenSoundIsSilentAtEveryRate()
 {
     Cache cache(100 * KiB);
     const auto source =
-        std::make_shared<Preparation>([](AudioSample &) { return FMOD_ERR_FILE_BAD; });
+        std::make_shared<Preparation>([](AudioSample &, std::size_t) { return FMOD_ERR_FILE_BAD; });
     const auto result = prepared(cache, source, 24000);
     QCOMPARE(result->sample().frames(), std::size_t{0});
     QCOMPARE(result->takeError(), FMOD_OK);
@@ -261,7 +294,7 @@ void tst_SampleCache::absurdRatesAreRefused()
     Cache cache(100 * KiB);
     SampleCache::Sample result = sampleOf(7);
     QCOMPARE(cache.prepare(sampleOf(10), rate, result), FMOD_ERR_INVALID_PARAM);
-    QCOMPARE(result->sample().frames(), std::size_t{7});
+    QCOMPARE(whole(*result).frames(), std::size_t{7});
     QCOMPARE(cache.count(), std::size_t{0});
 }
 
