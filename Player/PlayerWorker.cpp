@@ -58,11 +58,11 @@ FMOD_RESULT PlayerWorker::createBuiltin(FMOD::System **system)
 PlayerWorker::PlayerWorker(SystemFactory createSystem, SystemFactory createFallback)
     : m_createSystem(std::move(createSystem))
     , m_createFallback(std::move(createFallback))
-    , m_timer(new QTimer(this))
     , m_sounds(check())
     , m_scheduler(m_sounds, check(), &InstrumentSample::randomFile,
                   [this](const QString &message) { logFailure(message); })
 {
+    m_timer = new QTimer(this); // only now: event() hears of it
     m_timer->setTimerType(Qt::PreciseTimer);
     connect(m_timer, &QTimer::timeout, this, &PlayerWorker::onTimeout);
     m_positionClock.start();
