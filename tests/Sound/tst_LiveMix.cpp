@@ -119,7 +119,7 @@ void tst_LiveMix::neitherAllocatesNorLocks()
     RemoteMixer mixer(Voices);
     LiveMix mix(mixer);
     VoiceTraffic traffic(mixer, Voices);
-    Samples block(2 * 512);
+    Samples block(1024); // 512 frames
     while (traffic.ended() < 5000) {
         QCOMPARE(RealTimeGuard::forbiddenCalls([&] { mix.fill(block.data(), 512); }),
                  std::size_t{0});
@@ -132,7 +132,7 @@ void tst_LiveMix::makesNoSystemCall()
     RemoteMixer mixer(Voices);
     LiveMix mix(mixer);
     VoiceTraffic traffic(mixer, Voices);
-    Samples block(2 * 512);
+    Samples block(1024); // 512 frames
     const auto work = [&] {
         for (int i = 0; i < 2000; ++i)
             mix.fill(block.data(), 512);

@@ -388,6 +388,7 @@ void tst_LiveSystem::thousandsOfStopsComeThrough()
     const SystemPtr system = start(clock);
     FMOD::Sound *const sound = load(*system, std::vector<short>(20000, 1));
     std::vector<FMOD::Channel *> channels;
+    channels.reserve(30000);
     for (int i = 0; i < 30000; ++i)
         channels.push_back(playAt(*system, sound, 0));
     for (int i = 0; i < 10; ++i) {
@@ -416,13 +417,14 @@ void tst_LiveSystem::soundIsTheWrittenOne()
     written->init(2048, FMOD_INIT_STREAM_FROM_UPDATE, name.data());
     for (FMOD::System *const system : {live.get(), written.get()})
         for (unsigned i = 0; i < 20; ++i)
-            playAt(*system, load(*system, std::vector<short>(3000 + 100 * i, 1000)), 131 * i)
+            playAt(*system, load(*system, std::vector<short>(3000 + 100 * i, 1000)),
+                   quint64{131} * i)
                 ->setVolume(0.5F + 0.02F * static_cast<float>(i));
     update(*live, 40);
     update(*written, 5);
     written.release()->release();
     std::vector<short> expected = SoundFiles::read(file).samples;
-    QVERIFY(asShorts(clock.pull(5 * 1024)) == expected);
+    QVERIFY(asShorts(clock.pull(5120)) == expected);
     QCOMPARE(LiveStatus::lateStarts(*live), std::uint64_t{0});
 }
 
