@@ -51,7 +51,7 @@ private:
     LiveOutput m_output;
 };
 
-void sleep()
+void nap()
 {
     std::this_thread::sleep_for(milliseconds(5));
 }
@@ -242,7 +242,7 @@ private slots:
 
 void tst_SoundServer::clicksLieAtTheirPlaces()
 {
-    SoundServer server(sleep);
+    SoundServer server(nap);
     QVERIFY2(server.start(), qPrintable(server.report()));
     Trial trial;
     for (int attempt = 0; attempt < Attempts; ++attempt) {
@@ -288,7 +288,7 @@ tst_SoundServer::Trial tst_SoundServer::killAndRestart()
 {
     const MessageCapture capture; // a server that starts may come and go, and it be told
     std::unique_ptr<ClickPlayer> player;
-    SoundServer server([&] { player != nullptr ? player->play() : sleep(); });
+    SoundServer server([&] { player != nullptr ? player->play() : nap(); });
     if (!server.start())
         return {server.report(), false};
     player = std::make_unique<ClickPlayer>();
@@ -331,7 +331,7 @@ tst_SoundServer::Trial tst_SoundServer::killAndRestart()
 
 void tst_SoundServer::hangingServerHoldsNobodyUp()
 {
-    SoundServer server(sleep);
+    SoundServer server(nap);
     QVERIFY2(server.start(), qPrintable(server.report()));
     auto player = std::make_unique<ClickPlayer>();
     QCOMPARE(player->problem(), QString());
@@ -366,7 +366,7 @@ void tst_SoundServer::hangingServerHoldsNobodyUp()
 
 void tst_SoundServer::serverThatComesLaterIsFound()
 {
-    SoundServer server(sleep);
+    SoundServer server(nap);
     ClickPlayer player;
     QCOMPARE(player.problem(), QStringLiteral("No sound server was found."));
     QVERIFY2(server.start(), qPrintable(server.report()));
@@ -378,7 +378,7 @@ void tst_SoundServer::signalsAreLeftAlone()
 {
     const DefaultAction terminate(SIGTERM);
     const DefaultAction interrupt(SIGINT);
-    SoundServer server(sleep);
+    SoundServer server(nap);
     QVERIFY2(server.start(), qPrintable(server.report()));
     const ClickPlayer player;
     QCOMPARE(player.problem(), QString());
