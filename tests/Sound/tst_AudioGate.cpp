@@ -223,7 +223,7 @@ void tst_AudioGate::nobodyWaitsForTheOther()
 
 void tst_AudioGate::theyTakeTurns()
 {
-    constexpr int Rounds = 300;
+    constexpr int Rounds = 100;
     WatchedSource source;
     AudioGate gate(source);
     std::atomic<bool> isOver{false};

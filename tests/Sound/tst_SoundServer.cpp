@@ -9,6 +9,7 @@
 #include <QtTest>
 
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -21,7 +22,8 @@ using SteadyClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr FMOD_MODE MemoryMode = FMOD_2D | FMOD_SOFTWARE | FMOD_CREATESAMPLE | FMOD_OPENMEMORY;
-constexpr quint64 Step = 6000; // 125 ms
+constexpr quint64 Second = 48000; // in frames
+constexpr quint64 Step = Second / 8;
 constexpr int Tracks = 4;
 constexpr quint64 Distance = Step / Tracks; // from one track's click to the next one's
 constexpr int Levels = 50;                  // that tell the clicks apart
@@ -49,7 +51,7 @@ private:
     LiveOutput m_output;
 };
 
-void sleep()
+void nap()
 {
     std::this_thread::sleep_for(milliseconds(5));
 }
@@ -194,6 +196,28 @@ QString misplacedOf(const std::vector<Onset> &onsets, int firstIndex)
     return {};
 }
 
+bool isAtItsDefault(int signal)
+{
+    struct sigaction action = {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_DFL;
+}
+
+/// While it lives; the test frame has a handler of its own.
+class DefaultAction {
+public:
+    explicit DefaultAction(int signal)
+        : m_signal(signal)
+        , m_old(std::signal(signal, SIG_DFL))
+    {
+    }
+    ~DefaultAction() { std::signal(m_signal, m_old); }
+    Q_DISABLE_COPY(DefaultAction)
+
+private:
+    int m_signal;
+    void (*m_old)(int);
+};
+
 } // namespace
 
 /// With a real sound server, which each test starts.
@@ -213,11 +237,12 @@ private slots:
     void soundComesBackFromAKilledServer();
     void hangingServerHoldsNobodyUp();
     void serverThatComesLaterIsFound();
+    void signalsAreLeftAlone();
 };
 
 void tst_SoundServer::clicksLieAtTheirPlaces()
 {
-    SoundServer server(sleep);
+    SoundServer server(nap);
     QVERIFY2(server.start(), qPrintable(server.report()));
     Trial trial;
     for (int attempt = 0; attempt < Attempts; ++attempt) {
@@ -231,13 +256,13 @@ void tst_SoundServer::clicksLieAtTheirPlaces()
 
 tst_SoundServer::Trial tst_SoundServer::recordClicks(SoundServer &server)
 {
-    constexpr quint64 Clicks = 30 * 48000 / Distance;
+    constexpr quint64 Clicks = 30 * Second / Distance;
     if (!server.startRecording())
         return {server.report(), false};
     ClickPlayer player;
     player.start();
     player.playUntil([&] { return player.clock() >= 24000 + Clicks * Distance; }, Clicks);
-    const quint64 end = server.recorded().size() + 2 * 48000; // of which some were on the way
+    const quint64 end = server.recorded().size() + 2 * Second; // of which some were on the way
     player.playUntil([&] { return server.recorded().size() >= end; }, Clicks);
     const std::vector<Onset> onsets = onsetsOf(server.stopRecording());
     Trial trial = {misplacedOf(onsets, 0), player.wasBusy() || server.hasLostFrames()};
@@ -263,7 +288,7 @@ tst_SoundServer::Trial tst_SoundServer::killAndRestart()
 {
     const MessageCapture capture; // a server that starts may come and go, and it be told
     std::unique_ptr<ClickPlayer> player;
-    SoundServer server([&] { player != nullptr ? player->play() : sleep(); });
+    SoundServer server([&] { player != nullptr ? player->play() : nap(); });
     if (!server.start())
         return {server.report(), false};
     player = std::make_unique<ClickPlayer>();
@@ -274,7 +299,7 @@ tst_SoundServer::Trial tst_SoundServer::killAndRestart()
     server.kill();
     player->playUntil([&] { return !player->problem().isEmpty(); });
     const quint64 killed = player->clock();
-    player->playUntil([&] { return player->clock() >= killed + 2 * 48000; });
+    player->playUntil([&] { return player->clock() >= killed + 2 * Second; });
     const milliseconds standstill = player->watch().longestGap();
     const QStringList told = capture.texts();
     if (player->problem() != QStringLiteral("No sound server was found.")
@@ -290,7 +315,7 @@ tst_SoundServer::Trial tst_SoundServer::killAndRestart()
     if (!server.startRecording())
         return {server.report(), false};
     const quint64 back = player->clock();
-    player->playUntil([&] { return player->clock() >= back + 4 * 48000; });
+    player->playUntil([&] { return player->clock() >= back + 4 * Second; });
     const std::vector<Onset> onsets = onsetsOf(server.stopRecording());
 
     const QString figures = QStringLiteral("standstill %1 ms, return after %2 ms, %3 onsets")
@@ -306,7 +331,7 @@ tst_SoundServer::Trial tst_SoundServer::killAndRestart()
 
 void tst_SoundServer::hangingServerHoldsNobodyUp()
 {
-    SoundServer server(sleep);
+    SoundServer server(nap);
     QVERIFY2(server.start(), qPrintable(server.report()));
     auto player = std::make_unique<ClickPlayer>();
     QCOMPARE(player->problem(), QString());
@@ -341,12 +366,24 @@ void tst_SoundServer::hangingServerHoldsNobodyUp()
 
 void tst_SoundServer::serverThatComesLaterIsFound()
 {
-    SoundServer server(sleep);
+    SoundServer server(nap);
     ClickPlayer player;
     QCOMPARE(player.problem(), QStringLiteral("No sound server was found."));
     QVERIFY2(server.start(), qPrintable(server.report()));
     player.playUntil([&] { return player.problem().isEmpty(); });
     QCOMPARE(player.problem(), QString());
+}
+
+void tst_SoundServer::signalsAreLeftAlone()
+{
+    const DefaultAction terminate(SIGTERM);
+    const DefaultAction interrupt(SIGINT);
+    SoundServer server(nap);
+    QVERIFY2(server.start(), qPrintable(server.report()));
+    const ClickPlayer player;
+    QCOMPARE(player.problem(), QString());
+    QVERIFY(isAtItsDefault(SIGTERM));
+    QVERIFY(isAtItsDefault(SIGINT));
 }
 
 QTEST_APPLESS_MAIN(tst_SoundServer)

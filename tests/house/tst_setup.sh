@@ -71,6 +71,6 @@ check 'and the command is named' 'Not root, and no sudo here. As root, run: apt-
 rm "$tools/apt-get"
 check 'other systems are told the names' 'status 0' "$(setup run)"
 check 'in words' 'This is no Debian system, so nothing was installed. The build needs what Debian
-calls: cmake ninja-build g++ ccache pkg-config qtbase5-dev libsndfile1-dev libsoxr-dev libpcre2-dev libvorbis-dev libogg-dev' \
+calls: cmake ninja-build g++ ccache pkg-config qtbase5-dev libsndfile1-dev libsoxr-dev libpcre2-dev libvorbis-dev libogg-dev libsdl2-dev' \
     "$(cat "$sandbox/err")"
 finish
