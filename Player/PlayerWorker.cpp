@@ -90,7 +90,9 @@ void PlayerWorker::onTimeout()
 {
     // The next pass goes on behind what failed. It does not wait a millisecond for that: with
     // hundreds of failing tracks the others would come too late. Each round is another track's.
-    while (guard([this] { update(); }) == Outcome::TrackFailed) { }
+    int rounds = m_tracks.size() + 1;
+    while (rounds > 0 && guard([this] { update(); }) == Outcome::TrackFailed)
+        --rounds;
 }
 
 template <typename Action> PlayerWorker::Outcome PlayerWorker::guard(Action action)

@@ -25,6 +25,14 @@ PlayerWorker::SystemFactory builtinOn(VirtualClock &clock)
         [&clock](FMOD::System **system) { return createBuiltinSystem(system, 2, clock.outputs()); };
 }
 
+/// Made before any thread: that a queued call comes after the making of what it carries is
+/// nothing that the thread sanitizer can see, for Qt is not instrumented.
+const Instrument &harp()
+{
+    static const Instrument made = PlayerStage::harp();
+    return made;
+}
+
 /// A long track of short notes.
 Track longTrack(quint32 pitch = 60)
 {
@@ -89,6 +97,7 @@ class tst_TrackPlayer : public QObject {
     Q_OBJECT
 
 private slots:
+    void initTestCase() { harp(); }
     void declaresItsSignalsInOrder();
     void ownsAThread();
     void opensTheSystemOnItsThread();
@@ -151,11 +160,11 @@ void tst_TrackPlayer::passesEveryCallOn()
     {
         TrackPlayer player;
         const Track track = PlayerStage::track({PlayerStage::quarter(60, 30240)});
-        player.playNote(PlayerStage::harp(), 61);
-        player.playTrack(T1, PlayerStage::harp(), track, true, 1.0F, 0.0F);
+        player.playNote(harp(), 61);
+        player.playTrack(T1, harp(), track, true, 1.0F, 0.0F);
         player.playTrack(T2, text("Main"), Instrument(), track, false, 1.0F, 0.0F);
         player.muteTrack(T1, false);
-        player.changeInstrument(T2, PlayerStage::harp());
+        player.changeInstrument(T2, harp());
         player.setVolume(T1, 0.25F);
         player.setPan(T1, -0.5F);
         player.setPan(T2, 0.5F);
@@ -184,9 +193,9 @@ void tst_TrackPlayer::playsOnlyOnceTheTrackHasStarted()
     FakeFmod fake;
     TrackPlayer player;
     QSignalSpy started(&player, &TrackPlayer::trackStarted);
-    player.playTrack(T1, PlayerStage::harp(), longTrack(), false, 1.0F, 0.0F);
+    player.playTrack(T1, harp(), longTrack(), false, 1.0F, 0.0F);
     QTRY_COMPARE(fake.calls(text("FMOD_System_CreateChannelGroup")).size(), 1);
-    player.playTrack(T2, PlayerStage::harp(), longTrack(), false, 1.0F, 0.0F);
+    player.playTrack(T2, harp(), longTrack(), false, 1.0F, 0.0F);
     QVERIFY(!player.isPlaying(T2));
     QTRY_COMPARE(started.size(), 2);
     QVERIFY(player.isPlaying(T1));
@@ -209,9 +218,9 @@ void tst_TrackPlayer::knowsItsStateBeforeItTells()
     connect(&player, &TrackPlayer::trackStarted, this, [&] { note("started"); });
     connect(&player, &TrackPlayer::trackStopped, this, [&] { note("stopped"); });
     connect(&player, &TrackPlayer::allTracksStopped, this, [&] { note("all"); });
-    player.playTrack(T1, PlayerStage::harp(), longTrack(), false, 1.0F, 0.0F);
+    player.playTrack(T1, harp(), longTrack(), false, 1.0F, 0.0F);
     player.stopTrack(T1);
-    player.playTrack(T1, PlayerStage::harp(), longTrack(), false, 1.0F, 0.0F);
+    player.playTrack(T1, harp(), longTrack(), false, 1.0F, 0.0F);
     player.stopAll();
     QTRY_COMPARE(seen,
                  lines({"started playing", "stopped silent", "started playing", "all silent"}));
@@ -223,7 +232,7 @@ void tst_TrackPlayer::stopsAll()
     TrackPlayer player;
     QSignalSpy stopped(&player, &TrackPlayer::allTracksStopped);
     for (const QString &id : {T1, T2})
-        player.playTrack(id, text("Main"), PlayerStage::harp(), longTrack(), false, 1.0F, 0.0F);
+        player.playTrack(id, text("Main"), harp(), longTrack(), false, 1.0F, 0.0F);
     QTRY_VERIFY(player.isPlaying(T1) && player.isPlaying(T2));
     player.stopAll();
     QTRY_COMPARE(stopped.size(), 1);
@@ -238,8 +247,8 @@ void tst_TrackPlayer::relaysNotesAndPositions()
     QSignalSpy positions(&player, &TrackPlayer::trackPositionChanged);
     QSignalSpy pressed(&player, &TrackPlayer::notePressed);
     QSignalSpy released(&player, &TrackPlayer::noteReleased);
-    player.playTrack(T1, PlayerStage::harp(), PlayerStage::track({PlayerStage::quarter(60, 0)}),
-                     false, 1.0F, 0.0F);
+    player.playTrack(T1, harp(), PlayerStage::track({PlayerStage::quarter(60, 0)}), false, 1.0F,
+                     0.0F);
     QTRY_COMPARE(fake.calls(text("FMOD_Channel_SetDelay")).size(), 1);
     fake.setClock(16800);
     QTRY_COMPARE(pressed.size(), 1);
@@ -279,15 +288,18 @@ void tst_TrackPlayer::survivesAFailingNote()
     MessageCapture log;
     {
         TrackPlayer player;
-        player.playNote(PlayerStage::harp(), 99);
-        player.playTrack(T1, PlayerStage::harp(), longTrack(99), false, 1.0F, 0.0F);
-        player.playTrack(T2, PlayerStage::harp(), longTrack(), false, 1.0F, 0.0F);
-        QTRY_VERIFY(player.isPlaying(T1));
+        QSignalSpy pressed(&player, &TrackPlayer::notePressed);
+        player.playNote(harp(), 99);
+        player.playTrack(T1, harp(), longTrack(99), false, 1.0F, 0.0F);
+        player.playTrack(T2, harp(), longTrack(), false, 1.0F, 0.0F);
+        QTRY_VERIFY(player.isPlaying(T2)); // with its start at 4800
         for (quint64 clock = 4800; clock < 48000; clock += 4000) {
-            const int before = fake.calls(text("FMOD_Channel_SetDelay")).size();
+            const int before = pressed.size();
             fake.setClock(clock);
-            QTRY_VERIFY(fake.calls(text("FMOD_Channel_SetDelay")).size() > before);
+            QTRY_VERIFY(pressed.size() > before);
         }
+        for (const QList<QVariant> &note : qAsConst(pressed))
+            QCOMPARE(note.constFirst().toString(), T2);
     }
     QVERIFY(log.texts().contains(text("Invalid note index")));
 }
@@ -308,7 +320,7 @@ void tst_TrackPlayer::isDestroyedBeforeItsThreadRuns()
     for (int i = 0; i < 50; ++i) {
         TrackPlayer first;
         TrackPlayer second;
-        first.playTrack(T1, PlayerStage::harp(), longTrack(), false, 1.0F, 0.0F);
+        first.playTrack(T1, harp(), longTrack(), false, 1.0F, 0.0F);
         second.stopAll();
     }
     QCOMPARE(fake.calls(text("FMOD_System_Create")).size(), 100);
@@ -328,7 +340,7 @@ void tst_TrackPlayer::isDestroyedInTheMiddle()
             player.playTrack(QString::number(j), text("Main"), instrument, longTrack(), false, 1.0F,
                              0.0F);
         if (i % 3 != 0) // all stages of beginning
-            QTRY_VERIFY(!started.isEmpty());
+            QVERIFY(!started.isEmpty() || started.wait());
     }
     QVERIFY(!clock.isRunning());
 }
@@ -353,7 +365,7 @@ void tst_TrackPlayer::isDestroyedWithItsParent()
     FakeFmod fake;
     auto parent = std::make_unique<QObject>();
     const QPointer<TrackPlayer> player = new TrackPlayer(parent.get());
-    player->playTrack(T1, PlayerStage::harp(), longTrack(), false, 1.0F, 0.0F);
+    player->playTrack(T1, harp(), longTrack(), false, 1.0F, 0.0F);
     parent.reset();
     QVERIFY(!player);
     QCOMPARE(fake.functions().constLast(), text("FMOD_System_Release"));
@@ -385,8 +397,8 @@ void tst_TrackPlayer::doesNothingWithoutAThread()
                          "(Resource temporarily unavailable)");
     TrackPlayer player;
     QCOMPARE(player.soundProblem(), text("Could not start a thread for the sound."));
-    player.playTrack(T1, PlayerStage::harp(), longTrack(), false, 1.0F, 0.0F);
-    player.playNote(PlayerStage::harp(), 60);
+    player.playTrack(T1, harp(), longTrack(), false, 1.0F, 0.0F);
+    player.playNote(harp(), 60);
     player.stopAll();
     QCoreApplication::processEvents();
     QVERIFY(!player.isPlaying(T1));
