@@ -147,7 +147,7 @@ QString PlayerWorker::openSystem(const SystemFactory &create)
     checkErrors(m_system->setSoftwareChannels(Channels));
     result = m_system->init(Channels, FMOD_INIT_NORMAL, nullptr);
     checkErrors(result);
-    const QString problem = problemOf(*m_system);
+    QString problem = problemOf(*m_system);
     if (result == FMOD_OK)
         return problem;
     closeSystem();

@@ -23,7 +23,7 @@ FMOD::Sound *SoundCache::sound(FMOD::System &system, const QString &path)
         return known.value();
     const auto failed = std::as_const(m_failures).constFind(path);
     if (failed != m_failures.constEnd())
-        throw *failed;
+        throw QString(*failed);
     FMOD::Sound *const loaded = load(system, path);
     m_sounds.insert(path, loaded);
     return loaded;
