@@ -109,6 +109,10 @@ std::unique_ptr<SoundServer::Process> SoundServer::run(const QString &program,
 
 bool SoundServer::start()
 {
+    // Server and pactl both make this directory, and the server gives up when pactl is the first.
+    QDir(m_folder.path()).mkpath(QStringLiteral("pulse"));
+    QFile::setPermissions(m_folder.filePath(QStringLiteral("pulse")),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     const QString address = m_environment.value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
     if (m_bus == nullptr)
         m_bus = run(QStringLiteral("dbus-daemon"),
