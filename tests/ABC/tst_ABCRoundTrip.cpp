@@ -3,7 +3,7 @@
 
 #include "AbcTestSupport.h"
 
-#include "TestSupport/Sanitizer.h"
+#include "support/Sanitizer.h"
 
 #include <QtTest>
 

@@ -2,8 +2,8 @@
 
 #include "MidiTestSupport.h"
 
-#include "TestSupport/MessageCapture.h"
-#include "TestSupport/MidiBuilder.h"
+#include "support/MessageCapture.h"
+#include "support/MidiBuilder.h"
 
 #include <QtTest>
 

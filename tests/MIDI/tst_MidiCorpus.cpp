@@ -3,7 +3,7 @@
 #include "MidiCorpus.h"
 #include "MidiTestSupport.h"
 
-#include "TestSupport/Thrown.h"
+#include "support/Thrown.h"
 
 #include <QtTest>
 

@@ -2,8 +2,8 @@
 
 #include "MidiTestSupport.h"
 
-#include "TestSupport/MidiBuilder.h"
-#include "TestSupport/Thrown.h"
+#include "support/MidiBuilder.h"
+#include "support/Thrown.h"
 
 #include <QFile>
 #include <QTemporaryDir>

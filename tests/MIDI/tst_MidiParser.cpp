@@ -1,8 +1,8 @@
 #include "MidiTestSupport.h"
 
-#include "TestSupport/MessageCapture.h"
-#include "TestSupport/MidiBuilder.h"
-#include "TestSupport/Thrown.h"
+#include "support/MessageCapture.h"
+#include "support/MidiBuilder.h"
+#include "support/Thrown.h"
 
 #include <QBuffer>
 #include <QtTest>

@@ -3,11 +3,11 @@
 
 #include "MidiTestSupport.h"
 
-#include "TestSupport/MessageCapture.h"
-#include "TestSupport/MidiBuilder.h"
-#include "TestSupport/ResourceWatch.h"
-#include "TestSupport/Sanitizer.h"
-#include "TestSupport/Thrown.h"
+#include "support/MessageCapture.h"
+#include "support/MidiBuilder.h"
+#include "support/ResourceWatch.h"
+#include "support/Sanitizer.h"
+#include "support/Thrown.h"
 
 #include <QRegularExpression>
 #include <QtTest>

@@ -4,7 +4,7 @@
 #include "MidiCorpus.h"
 #include "MidiTestSupport.h"
 
-#include "TestSupport/MidiBuilder.h"
+#include "support/MidiBuilder.h"
 
 #include <QtTest>
 

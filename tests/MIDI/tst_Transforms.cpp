@@ -2,7 +2,7 @@
 
 #include "ABC/ABCParser.h"
 #include "ABC/KeyTable.h"
-#include "TestSupport/MessageCapture.h"
+#include "support/MessageCapture.h"
 #include "TrackSupport.h"
 
 #include <QtTest>

@@ -1,6 +1,6 @@
 #include "PlayerStage.h"
 
-#include "TestSupport/Thrown.h"
+#include "support/Thrown.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>

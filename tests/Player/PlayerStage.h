@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Player/PlayerWorker.h"
-#include "TestSupport/FakeFmod.h"
+#include "support/FakeFmod.h"
 
 #include <QPointer>
 #include <QStringList>

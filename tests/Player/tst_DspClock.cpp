@@ -1,5 +1,5 @@
 #include "Player/DspClock.h"
-#include "TestSupport/FakeFmod.h"
+#include "support/FakeFmod.h"
 
 #include <QtTest>
 

@@ -1,7 +1,7 @@
 #include "PlayerStage.h"
 #include "Sound/BuiltinSystem.h"
 #include "Sound/LiveStatus.h"
-#include "TestSupport/VirtualClock.h"
+#include "support/VirtualClock.h"
 
 #include <QElapsedTimer>
 #include <QHash>

@@ -2,8 +2,8 @@
 #include "Quillmoor/PakWriter.h"
 #include "Sound/BuiltinSystem.h"
 #include "Sound/LiveStatus.h"
-#include "TestSupport/MessageCapture.h"
-#include "TestSupport/VirtualClock.h"
+#include "support/MessageCapture.h"
+#include "support/VirtualClock.h"
 
 #include <QElapsedTimer>
 #include <QMetaMethod>

@@ -1,7 +1,7 @@
 #include "PlayerStage.h"
 #include "Quillmoor/PakWriter.h"
-#include "TestSupport/MessageCapture.h"
-#include "TestSupport/Thrown.h"
+#include "support/MessageCapture.h"
+#include "support/Thrown.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

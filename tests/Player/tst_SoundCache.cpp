@@ -1,6 +1,6 @@
 #include "Player/SoundCache.h"
 #include "Quillmoor/PakWriter.h"
-#include "TestSupport/FakeFmod.h"
+#include "support/FakeFmod.h"
 
 #include <QFile>
 #include <QtTest>

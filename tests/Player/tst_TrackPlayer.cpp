@@ -2,8 +2,8 @@
 #include "PlayerStage.h"
 #include "Quillmoor/PakWriter.h"
 #include "Sound/BuiltinSystem.h"
-#include "TestSupport/MessageCapture.h"
-#include "TestSupport/VirtualClock.h"
+#include "support/MessageCapture.h"
+#include "support/VirtualClock.h"
 
 #include <QMetaMethod>
 #include <QTemporaryDir>

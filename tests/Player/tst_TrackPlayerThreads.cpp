@@ -1,8 +1,8 @@
 #include "Player/TrackPlayer.h"
 #include "PlayerStage.h"
 #include "Sound/BuiltinSystem.h"
-#include "TestSupport/MessageCapture.h"
-#include "TestSupport/VirtualClock.h"
+#include "support/MessageCapture.h"
+#include "support/VirtualClock.h"
 
 #include <QElapsedTimer>
 #include <QTemporaryDir>

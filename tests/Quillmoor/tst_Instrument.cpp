@@ -1,9 +1,9 @@
 #include "Quillmoor/Instrument.h"
 
-#include "TestSupport/MessageCapture.h"
-#include "TestSupport/PackageBuilder.h"
-#include "TestSupport/ResourceWatch.h"
-#include "TestSupport/Thrown.h"
+#include "support/MessageCapture.h"
+#include "support/PackageBuilder.h"
+#include "support/ResourceWatch.h"
+#include "support/Thrown.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

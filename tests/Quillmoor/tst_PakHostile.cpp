@@ -1,10 +1,10 @@
 #include "Quillmoor/PakReader.h"
 
 #include "Quillmoor/PakWriter.h"
-#include "TestSupport/MessageCapture.h"
-#include "TestSupport/PackageBuilder.h"
-#include "TestSupport/ResourceWatch.h"
-#include "TestSupport/Thrown.h"
+#include "support/MessageCapture.h"
+#include "support/PackageBuilder.h"
+#include "support/ResourceWatch.h"
+#include "support/Thrown.h"
 
 #include <QRegularExpression>
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
 #include "Quillmoor/PakPath.h"
 
 #include "Quillmoor/PakWriter.h"
-#include "TestSupport/Thrown.h"
+#include "support/Thrown.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

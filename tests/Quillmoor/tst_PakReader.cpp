@@ -1,8 +1,8 @@
 #include "Quillmoor/PakReader.h"
 
-#include "TestSupport/MessageCapture.h"
-#include "TestSupport/PackageBuilder.h"
-#include "TestSupport/Thrown.h"
+#include "support/MessageCapture.h"
+#include "support/PackageBuilder.h"
+#include "support/Thrown.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

@@ -1,9 +1,9 @@
 #include "Quillmoor/PakWriter.h"
 
 #include "Quillmoor/PakReader.h"
-#include "TestSupport/PackageBuilder.h"
-#include "TestSupport/SizeLimit.h"
-#include "TestSupport/Thrown.h"
+#include "support/PackageBuilder.h"
+#include "support/SizeLimit.h"
+#include "support/Thrown.h"
 
 #include <QFileInfo>
 #include <QTemporaryDir>

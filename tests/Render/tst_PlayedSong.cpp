@@ -6,7 +6,7 @@
 #include "Render/TrackRenderer.h"
 #include "Sound/BuiltinSystem.h"
 #include "Sound/LiveStatus.h"
-#include "TestSupport/VirtualClock.h"
+#include "support/VirtualClock.h"
 #include "demo/DemoGame.h"
 
 #include <QDir>

@@ -1,5 +1,5 @@
 #include "Render/RenderWorker.h"
-#include "TestSupport/FakeFmod.h"
+#include "support/FakeFmod.h"
 
 #include <QPointer>
 #include <QSignalSpy>

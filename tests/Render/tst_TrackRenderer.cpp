@@ -1,5 +1,5 @@
 #include "Render/TrackRenderer.h"
-#include "TestSupport/FakeFmod.h"
+#include "support/FakeFmod.h"
 
 #include <QSignalSpy>
 #include <QThread>

@@ -2,7 +2,7 @@
 
 #include "Sound/Fmod.h"
 #include "Sound/InstalledSystem.h"
-#include "TestSupport/FakeFmod.h"
+#include "support/FakeFmod.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

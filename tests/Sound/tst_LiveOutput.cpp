@@ -1,6 +1,6 @@
 #include "Sound/LiveOutput.h"
 
-#include "TestSupport/MessageCapture.h"
+#include "support/MessageCapture.h"
 #include "WatchedSource.h"
 
 #include <QTemporaryDir>

@@ -3,7 +3,7 @@
 #include "Sound/LiveStatus.h"
 #include "Sound/WaveOutput.h"
 #include "SoundFiles.h"
-#include "TestSupport/VirtualClock.h"
+#include "support/VirtualClock.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

@@ -3,7 +3,7 @@
 #include "Sound/LiveStatus.h"
 #include "SoundFiles.h"
 #include "SoundServer.h"
-#include "TestSupport/MessageCapture.h"
+#include "support/MessageCapture.h"
 #include "WatchedSource.h"
 
 #include <QtTest>

@@ -1,5 +1,5 @@
 #include "Sound/Fmod.h"
-#include "TestSupport/FakeFmod.h"
+#include "support/FakeFmod.h"
 
 #include <QtTest>
 

@@ -1,4 +1,4 @@
-#include "TestSupport/Thrown.h"
+#include "support/Thrown.h"
 #include "app/CommandLine.h"
 
 #include <QtTest>

@@ -1,7 +1,7 @@
 #include "ProgramRun.h"
 #include "Terminal.h"
-#include "TestSupport/MidiBuilder.h"
-#include "TestSupport/Sanitizer.h"
+#include "support/MidiBuilder.h"
+#include "support/Sanitizer.h"
 
 #include <QDir>
 #include <QDirIterator>

@@ -1,5 +1,5 @@
 #include "ProgramRun.h"
-#include "TestSupport/MidiBuilder.h"
+#include "support/MidiBuilder.h"
 
 #include <QtTest>
 

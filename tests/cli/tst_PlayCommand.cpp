@@ -1,8 +1,8 @@
 #include "ProgramRun.h"
 #include "SmallGame.h"
 #include "Terminal.h"
-#include "TestSupport/FakeFmod.h"
-#include "TestSupport/MidiBuilder.h"
+#include "support/FakeFmod.h"
+#include "support/MidiBuilder.h"
 
 #include <QElapsedTimer>
 #include <QtTest>

@@ -1,7 +1,7 @@
 #include "ProgramRun.h"
 #include "SmallGame.h"
 #include "Terminal.h"
-#include "TestSupport/MidiBuilder.h"
+#include "support/MidiBuilder.h"
 
 #include <QDir>
 #include <QtEndian>

@@ -1,7 +1,7 @@
 #include "demo/DemoGame.h"
 
 #include "ABC/ABCParser.h"
-#include "TestSupport/MessageCapture.h"
+#include "support/MessageCapture.h"
 #include "demo/Instruments.h"
 
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "demo/GeneratedFiles.h"
 
-#include "TestSupport/Thrown.h"
+#include "support/Thrown.h"
 
 #include <QDir>
 #include <QFile>

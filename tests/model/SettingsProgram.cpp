@@ -3,7 +3,7 @@
 
 #include "model/Settings.h"
 
-#include "TestSupport/SizeLimit.h"
+#include "support/SizeLimit.h"
 
 #include <QColor>
 #include <QCoreApplication>

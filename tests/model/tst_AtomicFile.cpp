@@ -1,6 +1,6 @@
 #include "model/AtomicFile.h"
 
-#include "TestSupport/SizeLimit.h"
+#include "support/SizeLimit.h"
 
 #include <QDir>
 #include <QTemporaryDir>

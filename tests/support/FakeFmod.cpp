@@ -1,4 +1,4 @@
-#include "TestSupport/FakeFmod.h"
+#include "support/FakeFmod.h"
 
 #include <QRegularExpression>
 

@@ -1,4 +1,4 @@
-#include "TestSupport/MessageCapture.h"
+#include "support/MessageCapture.h"
 
 #include <QtGlobal>
 

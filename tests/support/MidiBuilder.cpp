@@ -1,4 +1,4 @@
-#include "TestSupport/MidiBuilder.h"
+#include "support/MidiBuilder.h"
 
 namespace MidiBuilder {
 

@@ -1,4 +1,4 @@
-#include "TestSupport/PackageBuilder.h"
+#include "support/PackageBuilder.h"
 
 #include <QCryptographicHash>
 #include <QFile>

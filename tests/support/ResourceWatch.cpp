@@ -1,6 +1,6 @@
-#include "TestSupport/ResourceWatch.h"
+#include "support/ResourceWatch.h"
 
-#include "TestSupport/Sanitizer.h"
+#include "support/Sanitizer.h"
 
 namespace {
 

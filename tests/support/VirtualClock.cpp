@@ -1,4 +1,4 @@
-#include "TestSupport/VirtualClock.h"
+#include "support/VirtualClock.h"
 
 #include <utility>
 
