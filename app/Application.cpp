@@ -1,7 +1,7 @@
 #include "app/Application.h"
 
 #include "model/MessageLog.h"
-#include "ui/MessageBoxes.h"
+#include "ui/dialogs/MessageBoxes.h"
 
 #include <QWidget>
 

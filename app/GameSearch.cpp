@@ -2,8 +2,8 @@
 
 #include "Quillmoor/GameDirectory.h"
 #include "model/Settings.h"
-#include "ui/FileDialogs.h"
-#include "ui/MessageBoxes.h"
+#include "ui/dialogs/FileDialogs.h"
+#include "ui/dialogs/MessageBoxes.h"
 
 #include <QCoreApplication>
 

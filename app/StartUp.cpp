@@ -10,7 +10,7 @@
 #include "model/Settings.h"
 #include "model/Track.h"
 #include "ui/MainWindow.h"
-#include "ui/MessageBoxes.h"
+#include "ui/dialogs/MessageBoxes.h"
 
 #include <QFileInfo>
 #include <QIcon>

@@ -3,7 +3,7 @@
 #     HEADERS a.h b.h          its public headers
 #     PUBLIC lib …             dependencies that appear in its headers
 #     PRIVATE lib …            dependencies of its .cpp files alone
-#     VIEW folder)             what the folder is called in includes, if not by its name
+#     VIEW folder)             what the folder is called in includes, if not by its path
 #
 # NAME is the folder's, or that of a second, smaller library in the same folder.
 #
@@ -16,12 +16,13 @@ set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
 function(quillmoor_library name)
     cmake_parse_arguments(arg "" "VIEW" "SOURCES;HEADERS;PUBLIC;PRIVATE" ${ARGN})
 
-    get_filename_component(folder "${CMAKE_CURRENT_SOURCE_DIR}" NAME)
+    file(RELATIVE_PATH folder "${CMAKE_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}")
     if(arg_VIEW)
         set(folder "${arg_VIEW}")
     endif()
     set(view "${CMAKE_BINARY_DIR}/include/${name}")
-    file(MAKE_DIRECTORY "${view}")
+    get_filename_component(parent "${view}/${folder}" DIRECTORY)
+    file(MAKE_DIRECTORY "${parent}")
     file(CREATE_LINK "${CMAKE_CURRENT_SOURCE_DIR}" "${view}/${folder}" SYMBOLIC)
 
     set(publicHeaders ${arg_HEADERS})
@@ -33,4 +34,20 @@ function(quillmoor_library name)
     target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${view}" FILES ${publicHeaders})
     target_link_libraries(${name} PUBLIC ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
+endfunction()
+
+# quillmoor_forms(NAME): for a library whose folder has .ui files. What is made of them is included
+# like a header of the folder, "ui/dialogs/ui_KeyDialog.h".
+function(quillmoor_forms name)
+    set_target_properties(${name} PROPERTIES
+        AUTOUIC ON
+        AUTOUIC_SEARCH_PATHS "${CMAKE_SOURCE_DIR}")
+
+    # A build knows what a source includes from the time before the forms are compiled: without
+    # this it would take a changed form only the second time.
+    file(GLOB forms CONFIGURE_DEPENDS *.ui)
+    foreach(form IN LISTS forms)
+        get_filename_component(class "${form}" NAME_WE)
+        set_source_files_properties("${class}.cpp" PROPERTIES OBJECT_DEPENDS "${form}")
+    endforeach()
 endfunction()

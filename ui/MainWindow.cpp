@@ -4,8 +4,8 @@
 #include "MIDI/MidiFile.h"
 #include "model/Settings.h"
 #include "ui/DroppedFiles.h"
-#include "ui/FileDialogs.h"
-#include "ui/MessageBoxes.h"
+#include "ui/dialogs/FileDialogs.h"
+#include "ui/dialogs/MessageBoxes.h"
 #include "ui/TrackListModel.h"
 #include "ui/ui_MainWindow.h"
 

@@ -11,13 +11,14 @@ complain() {
     bad=1
 }
 
+# The sources in a folder and, unless a depth says otherwise, below it.
 files_of() {
-    find "$1" -name '*.h' -o -name '*.cpp'
+    find "$@" \( -name '*.h' -o -name '*.cpp' \)
 }
 
-# Lines "file:line:text" of the project's own includes in a folder.
+# Lines "file:line:text" of the project's own includes, of the same files.
 own_includes() {
-    files_of "$1" | while IFS= read -r file; do
+    files_of "$@" | while IFS= read -r file; do
         grep --with-filename --line-number '^[[:space:]]*#[[:space:]]*include[[:space:]]*"' \
             "$file" || true
     done
@@ -33,20 +34,31 @@ check_folder() {
         *.moc) ;;
         */*)
             case " $folder $allowed " in
-            *" ${header%%/*} "*) ;;
-            *) complain "$line: $folder must not use ${header%%/*}" ;;
+            *" ${header%/*} "*) ;;
+            *) complain "$line: $folder must not use ${header%/*}" ;;
             esac
             ;;
         *) complain "$line: write the path from the root" ;;
         esac
-    done < <(own_includes "$folder")
+    done < <(own_includes "$folder" -maxdepth 1)
+}
+
+# A folder with sources below a layer is a layer itself, or nobody would look at its includes.
+check_subfolders() {
+    local subfolder
+    while IFS= read -r subfolder; do
+        grep --quiet "^$subfolder :" <<<"$layers" ||
+            complain "The folder $subfolder has no place among the layers."
+    done < <(files_of "$1" | sed 's|/[^/]*$||' | sort -u)
 }
 
 while read -r folder colon allowed; do
     case $folder in
     '' | \#*) continue ;;
     esac
-    [ ! -d "$folder" ] || check_folder "$folder" "$allowed"
+    [ -d "$folder" ] || continue
+    check_folder "$folder" "$allowed"
+    check_subfolders "$folder"
 done <<<"$layers"
 
 for folder in tests bench fuzz; do

@@ -27,7 +27,8 @@ check 'layers cannot form a circle' \
 includes() {
     rm -rf "$sandbox/tree"
     mkdir -p "$sandbox/tree/ABC" "$sandbox/tree/model" "$sandbox/tree/tests/ABC"
-    printf 'model :\nABC : model\n' >"$sandbox/layers"
+    mkdir -p "$sandbox/tree/ABC/text" "$sandbox/tree/ABC/stray"
+    printf 'model :\nABC/text :\nABC : model\n' >"$sandbox/layers"
     printf '%b' "$2" >"$sandbox/tree/$1"
     bash "$checks/check_includes.sh" "$sandbox/layers" "$sandbox/tree"
     echo "status $?"
@@ -39,6 +40,15 @@ check 'the moc output is fine' 'status 0' "$(includes tests/ABC/t.cpp '#include 
 check 'an upper header is refused' \
     $'model/M.cpp:2:#include "ABC/A.h": model must not use ABC\nstatus 1' \
     "$(includes model/M.cpp '\n#include "ABC/A.h"\n')"
+check 'a folder within a folder goes by its path' \
+    $'ABC/text/T.cpp:1:#include "model/M.h": ABC/text must not use model\nstatus 1' \
+    "$(includes ABC/text/T.cpp '#include "model/M.h"\n#include "ABC/text/T.h"\n')"
+check 'what a folder within it offers must be listed too' \
+    $'ABC/A.cpp:1:#include "ABC/text/T.h": ABC must not use ABC/text\nstatus 1' \
+    "$(includes ABC/A.cpp '#include "ABC/text/T.h"\n')"
+check 'a folder within a folder needs a place' \
+    $'The folder ABC/stray has no place among the layers.\nstatus 1' \
+    "$(includes ABC/stray/S.cpp '')"
 check 'a relative path is refused' \
     $'ABC/A.cpp:1:#include "../model/M.h": write the path from the root\nstatus 1' \
     "$(includes ABC/A.cpp '#include "../model/M.h"\n')"

@@ -1,10 +1,10 @@
 // Takes the pictures of the dialogs that the documents show: screenshots FOLDER.
 #include "icons/Icons.h"
 #include "support/SettingsSandbox.h"
-#include "ui/KeyDialog.h"
-#include "ui/RealignNotesDialog.h"
-#include "ui/TransposeDialog.h"
-#include "ui/UnitLengthDialog.h"
+#include "ui/dialogs/KeyDialog.h"
+#include "ui/dialogs/RealignNotesDialog.h"
+#include "ui/dialogs/TransposeDialog.h"
+#include "ui/dialogs/UnitLengthDialog.h"
 
 #include <QApplication>
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "support/DialogAnswers.h"
 #include "support/WidgetDriver.h"
-#include "ui/MessageBoxes.h"
+#include "ui/dialogs/MessageBoxes.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -1,7 +1,7 @@
-#include "ui/RealignNotesDialog.h"
+#include "ui/dialogs/RealignNotesDialog.h"
 
 #include "model/Settings.h"
-#include "ui/ui_RealignNotesDialog.h"
+#include "ui/dialogs/ui_RealignNotesDialog.h"
 
 #include <algorithm>
 

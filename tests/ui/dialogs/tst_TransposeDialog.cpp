@@ -1,6 +1,6 @@
 #include "icons/Icons.h"
 #include "support/WidgetDriver.h"
-#include "ui/TransposeDialog.h"
+#include "ui/dialogs/TransposeDialog.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>

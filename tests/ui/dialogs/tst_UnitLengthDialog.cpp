@@ -1,5 +1,5 @@
 #include "support/WidgetDriver.h"
-#include "ui/UnitLengthDialog.h"
+#include "ui/dialogs/UnitLengthDialog.h"
 
 #include <QAbstractItemView>
 #include <QApplication>

@@ -1,8 +1,8 @@
-#include "ui/KeyDialog.h"
+#include "ui/dialogs/KeyDialog.h"
 
 #include "MIDI/KeyChoice.h"
-#include "ui/MessageBoxes.h"
-#include "ui/ui_KeyDialog.h"
+#include "ui/dialogs/MessageBoxes.h"
+#include "ui/dialogs/ui_KeyDialog.h"
 
 KeyDialog::KeyDialog(QWidget *parent)
     : QDialog(parent)

@@ -1,6 +1,6 @@
-#include "ui/UnitLengthDialog.h"
+#include "ui/dialogs/UnitLengthDialog.h"
 
-#include "ui/ui_UnitLengthDialog.h"
+#include "ui/dialogs/ui_UnitLengthDialog.h"
 
 UnitLengthDialog::UnitLengthDialog(QWidget *parent)
     : QDialog(parent)

@@ -1,6 +1,6 @@
-#include "ui/TransposeDialog.h"
+#include "ui/dialogs/TransposeDialog.h"
 
-#include "ui/ui_TransposeDialog.h"
+#include "ui/dialogs/ui_TransposeDialog.h"
 
 TransposeDialog::TransposeDialog(QWidget *parent)
     : QDialog(parent)

@@ -1,7 +1,7 @@
 #include "model/Settings.h"
 #include "support/SettingsSandbox.h"
 #include "support/WidgetDriver.h"
-#include "ui/RealignNotesDialog.h"
+#include "ui/dialogs/RealignNotesDialog.h"
 
 #include <QAccessible>
 #include <QDial>

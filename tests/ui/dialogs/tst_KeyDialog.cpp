@@ -1,6 +1,6 @@
 #include "support/DialogAnswers.h"
 #include "support/WidgetDriver.h"
-#include "ui/KeyDialog.h"
+#include "ui/dialogs/KeyDialog.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,0 +1,8 @@
+#include "ui/dialogs/PreferencesDialog.h"
+
+PreferencesDialog::PreferencesDialog(QWidget *parent)
+    : QDialog(parent)
+{
+}
+
+void PreferencesDialog::commit() { }

@@ -1,0 +1,6 @@
+#include "ui/editor/ABCCodeEditor.h"
+
+ABCCodeEditor::ABCCodeEditor(QWidget *parent)
+    : QPlainTextEdit(parent)
+{
+}

@@ -1,0 +1,6 @@
+#include "ui/editor/FindReplaceDialog.h"
+
+FindReplaceDialog::FindReplaceDialog(ABCCodeEditor *, QWidget *parent)
+    : QDialog(parent)
+{
+}

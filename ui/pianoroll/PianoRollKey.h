@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QGraphicsRectItem>
+
+/// One key of the keyboard beside the piano roll.
+class PianoRollKey : public QGraphicsRectItem {
+public:
+    explicit PianoRollKey(int note);
+
+    void press();
+    void release();
+    void reset();
+};

@@ -1,0 +1,10 @@
+#include "ui/pianoroll/PianoRollKeyboard.h"
+
+PianoRollKeyboard::PianoRollKeyboard(QGraphicsView *view)
+    : QGraphicsView(view)
+{
+}
+
+void PianoRollKeyboard::pressKey(int) { }
+void PianoRollKeyboard::releaseKey(int) { }
+void PianoRollKeyboard::releaseAll() { }

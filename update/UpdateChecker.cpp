@@ -1,0 +1,8 @@
+#include "update/UpdateChecker.h"
+
+UpdateChecker::UpdateChecker(QObject *parent)
+    : QObject(parent)
+{
+}
+
+void UpdateChecker::checkForUpdates() { }
