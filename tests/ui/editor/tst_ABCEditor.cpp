@@ -146,7 +146,8 @@ private slots:
         QCOMPARE(bars.size(), 2);
         QCOMPARE(bars.at(0)->windowTitle(), QStringLiteral("Main Toolbar"));
         QCOMPARE(bars.at(1)->windowTitle(), QStringLiteral("Playback Toolbar"));
-        QCOMPARE(actionTexts(bars.at(1)->actions()), texts({"Play", "Stop"}));
+        QCOMPARE(actionTexts(bars.at(1)->actions()),
+                 texts({"Play", "Stop", "|", "Auto-Scroll Piano Roll"}));
     }
 
     void noMnemonicIsGivenTwice()
