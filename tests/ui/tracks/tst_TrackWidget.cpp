@@ -359,6 +359,14 @@ private slots:
         QTEST(pictureName(icon), "icon");
     }
 
+    void dialsHaveTheirPictures()
+    {
+        QCOMPARE(find<QLabel>("label")->pixmap(Qt::ReturnByValue).toImage(),
+                 QPixmap(QStringLiteral(":/icons/speaker-volume.png")).toImage());
+        QCOMPARE(find<QLabel>("label_2")->pixmap(Qt::ReturnByValue).toImage(),
+                 QPixmap(QStringLiteral(":/icons/speaker-panning.png")).toImage());
+    }
+
     void entriesHaveTheirPictures_data()
     {
         QTest::addColumn<QString>("menu");
@@ -982,6 +990,16 @@ private slots:
     }
 
     // The title
+
+    void theTitleStandsOutOnADarkDesktop()
+    {
+        const QPalette light = QApplication::palette();
+        QApplication::setPalette(QPalette(QColor(53, 53, 53), QColor(42, 42, 42)));
+        makeRow(titled("Dark"));
+        const auto *const label = find<QLabel>("lblTitle");
+        QCOMPARE(label->palette().color(label->foregroundRole()), QColor(Qt::black));
+        QApplication::setPalette(light);
+    }
 
     void aLongTitleIsShownByATip()
     {
