@@ -90,3 +90,8 @@ MessageBoxes::Answer MessageBoxes::questionOrCancel(QWidget *parent, const QStri
         return Answer::Cancel;
     }
 }
+
+void MessageBoxes::about(QWidget *parent, const QString &title, const QString &html)
+{
+    QMessageBox::about(parent, title, html);
+}

@@ -22,4 +22,7 @@ enum class Answer { Yes, No, Cancel };
 /// With the buttons Yes, No and Cancel. Escape is Cancel.
 Answer questionOrCancel(QWidget *parent, const QString &title, const QString &text);
 
+/// The one that shows markup: `html` is the program's own.
+void about(QWidget *parent, const QString &title, const QString &html);
+
 } // namespace MessageBoxes
