@@ -88,7 +88,8 @@ QString Dialogs::choose(const QString &path)
     QString seen = description(*dialog);
     auto *const edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
     edit->setText(path);
-    QTest::keyClick(edit, Qt::Key_Return);
+    // Later, since the dialog may ask about an existing file, which is the next one to answer.
+    QTimer::singleShot(0, edit, [edit] { QTest::keyClick(edit, Qt::Key_Return); });
     return seen;
 }
 
