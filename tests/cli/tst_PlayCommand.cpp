@@ -23,6 +23,7 @@ private slots:
 
     void tuneEndsWhenItsLastNoteHasFaded();
     void filesArePlayedTogether();
+    void filesBeginAtTheSameInstant();
     void tempoChangesCount();
     void emptyTuneEndsAtOnce();
     void everyTrackOfAMidiFileIsPlayed();
@@ -71,8 +72,8 @@ void send(const QProcess &process, int signal)
     kill(static_cast<pid_t>(process.processId()), signal);
 }
 
-/// With the stand-in for the installed library, whose clock stands still: the music begins and
-/// does not go on.
+/// With the stand-in for the installed library, whose clock stands still by itself: the music
+/// begins and does not go on.
 void useFakeLibrary(ProgramRun &program, const QString &log)
 {
     program.environment("QUILLMOOR_SOUND", QStringLiteral("library"))
@@ -145,6 +146,20 @@ void tst_PlayCommand::filesArePlayedTogether()
 {
     COMPARE_OUTCOME(run(args({"plain.abc", "lute.abc", "plain.abc"})), 0,
                     "{\"files\":3,\"seconds\":1.0,\"notes\":4}\n", SmallGameLog + SilenceMessage);
+}
+
+/// Though each track's command comes at another clock.
+void tst_PlayCommand::filesBeginAtTheSameInstant()
+{
+    ProgramRun program(arguments(args({"plain.abc", "lute.abc", "plain.abc"})));
+    prepare(program);
+    useFakeLibrary(program, path("log"));
+    program.environment("FAKE_FMOD_STEP", QStringLiteral("48"));
+    COMPARE_OUTCOME(program.outcome(), 0, "{\"files\":3,\"seconds\":1.0,\"notes\":4}\n",
+                    SmallGameLog);
+    const QList<QByteArray> starts = valuesOf("FMOD_Channel_SetDelay", fileContents(path("log")));
+    QCOMPARE(starts,
+             QList<QByteArray>({"1, 0, 4848)", "1, 0, 4848)", "1, 0, 4848)", "1, 0, 28848)"}));
 }
 
 void tst_PlayCommand::tempoChangesCount()
