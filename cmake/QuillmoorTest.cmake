@@ -17,9 +17,11 @@ function(quillmoor_test folder class)
         ENVIRONMENT_MODIFICATION "${QUILLMOOR_TEST_ENVIRONMENT_CHANGES}")
 endfunction()
 
-# Nothing of the user's is read or written: no window, home folder or choice of sound.
+# Nothing of the user's is read, written, shown or heard: no window, home folder, sound card or
+# server. A test that wants one of them says so itself.
 set(QUILLMOOR_TEST_ENVIRONMENT
     "QT_QPA_PLATFORM=offscreen"
+    "SDL_AUDIODRIVER=dummy"
     "HOME=${CMAKE_BINARY_DIR}/tests/home"
     "XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/tests/runtime"
     "LSAN_OPTIONS=suppressions='${CMAKE_SOURCE_DIR}/cmake/lsan.supp':print_suppressions=0"
@@ -30,5 +32,11 @@ set(QUILLMOOR_TEST_ENVIRONMENT_CHANGES
     "QUILLMOOR_SOUND=unset:"
     "QUILLMOOR_FMOD_LIBRARY=unset:"
     "QUILLMOOR_GAME=unset:"
+    "DISPLAY=unset:"
+    "WAYLAND_DISPLAY=unset:"
+    "PULSE_SERVER=unset:"
+    "PULSE_RUNTIME_PATH=unset:"
+    "PIPEWIRE_REMOTE=unset:"
+    "PIPEWIRE_RUNTIME_DIR=unset:"
     "XDG_DATA_HOME=unset:"
     "XDG_CONFIG_HOME=unset:")
