@@ -33,6 +33,7 @@ private slots:
     void positionOfTheLongestTrackIsShown();
     void signalEndsTheMusic_data();
     void signalEndsTheMusic();
+    void signalIsObeyedWithin200Milliseconds();
     void signalSilencesWhatSounds();
     void closedOutputEndsQuietly();
     void unmappedNoteIsRefused();
@@ -271,6 +272,26 @@ void tst_PlayCommand::signalEndsTheMusic()
     COMPARE_OUTCOME(program.finish(), 128 + signal, "", "");
     QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
     QVERIFY(terminal.waitFor("\x1b[K\r\x1b[K"));
+}
+
+/// In one of some attempts: a busy machine has other things to do.
+void tst_PlayCommand::signalIsObeyedWithin200Milliseconds()
+{
+    qint64 quickest = 200;
+    for (int i = 0; i < 10 && quickest >= 200; ++i) {
+        Terminal terminal;
+        ProgramRun program(arguments(args({"long.abc"})));
+        prepare(program);
+        showErrorsOn(terminal, program);
+        const QProcess &process = program.start();
+        QVERIFY(terminal.waitFor("\rPlaying: 0:00 / 20:00:00"));
+        QElapsedTimer timer;
+        timer.start();
+        send(process, SIGINT);
+        QCOMPARE(program.finish().status, 128 + SIGINT);
+        quickest = std::min(quickest, timer.elapsed());
+    }
+    QVERIFY(quickest < 200);
 }
 
 void tst_PlayCommand::signalSilencesWhatSounds()
