@@ -18,7 +18,7 @@
 /// looked for again: sound comes back by itself, within a second. The beginning of each such
 /// outage is logged.
 ///
-/// start() waits for the first block of the device, up to 200 ms, so that what is played at once
+/// start() waits for the first block of the device, up to 180 ms, so that what is played at once
 /// is heard from its beginning. stop() takes some tens of milliseconds, and up to 200 where the
 /// sound server hangs.
 class LiveOutput final : public AudioOutput {
