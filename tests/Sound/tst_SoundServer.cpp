@@ -256,7 +256,7 @@ void tst_SoundServer::clicksLieAtTheirPlaces()
 
 tst_SoundServer::Trial tst_SoundServer::recordClicks(SoundServer &server)
 {
-    constexpr quint64 Clicks = 12 * Second / Distance; // a busy machine is not quiet for longer
+    constexpr quint64 Clicks = 30 * Second / Distance;
     if (!server.startRecording())
         return {server.report(), false};
     ClickPlayer player;
