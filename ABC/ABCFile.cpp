@@ -1,6 +1,7 @@
 #include "ABC/ABCFile.h"
 
 #include "ABC/ABCParser.h"
+#include "model/DocumentFile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -42,4 +43,9 @@ Track loadABCFile(const QString &path)
 Track readABC(QFile &file)
 {
     return ABCParser().parse(QString::fromUtf8(readUpToNul(file)));
+}
+
+void saveABCFile(const QString &path, const QString &text)
+{
+    DocumentFile::save(path, text.toUtf8());
 }

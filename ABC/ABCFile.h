@@ -15,3 +15,7 @@ Track loadABCFile(const QString &path);
 
 /// The same from an open file, such as standard input; the track has no file name.
 Track readABC(QFile &file);
+
+/// Saves ABC text as UTF-8, so that loadABCFile() reads the same. Throws what DocumentFile::save()
+/// throws, and then the file is as it was.
+void saveABCFile(const QString &path, const QString &text);

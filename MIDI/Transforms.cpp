@@ -11,12 +11,7 @@ constexpr int Octave = 12;
 Track withHeadersOf(const Track &source)
 {
     Track track;
-    const QMultiMap<QString, QString> &headers = source.allHeaders();
-    // Backwards, since the map has the value that was added last in front.
-    for (auto field = headers.end(); field != headers.begin();) {
-        --field;
-        track.addHeader(field.key(), field.value());
-    }
+    track.setAllHeaders(source.allHeaders());
     return track;
 }
 

@@ -5,6 +5,7 @@
 #include "app/Application.h"
 #include "app/CommandLine.h"
 #include "app/GameSearch.h"
+#include "app/OnceSeen.h"
 #include "icons/Icons.h"
 #include "model/FileNameCodec.h"
 #include "model/Settings.h"
@@ -123,13 +124,12 @@ QStringList absolutePaths(const QStringList &files)
     return paths;
 }
 
-/// The files are opened from the event loop, when the window is there for a box to belong to.
+/// The files are opened when the user sees the window, which a box may belong to.
 int runWindow(const QString &game, const QStringList &files)
 {
     MainWindow window{QDir(game)};
     window.show();
-    QMetaObject::invokeMethod(&window, "openFiles", Qt::QueuedConnection,
-                              Q_ARG(QStringList, files));
+    onceSeen(window, [&window, files] { window.openFiles(files); });
     return QApplication::exec();
 }
 

@@ -17,10 +17,12 @@ function(quillmoor_test folder class)
         ENVIRONMENT_MODIFICATION "${QUILLMOOR_TEST_ENVIRONMENT_CHANGES}")
 endfunction()
 
-# Nothing of the user's is read or written: no window, home folder or choice of sound.
+# Nothing of the user's is read or written: no window, home folder or choice of sound. Nor is
+# anybody asked for a newer version: nothing listens at that port.
 set(QUILLMOOR_TEST_ENVIRONMENT
     "QT_QPA_PLATFORM=offscreen"
     "HOME=${CMAKE_BINARY_DIR}/tests/home"
+    "QUILLMOOR_UPDATE_HOST=127.0.0.1:1"
     "XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/tests/runtime"
     "LSAN_OPTIONS=suppressions='${CMAKE_SOURCE_DIR}/cmake/lsan.supp':print_suppressions=0"
     "ASAN_OPTIONS=fast_unwind_on_malloc=0:detect_leaks=1"

@@ -53,6 +53,7 @@ public:
     /// All values, the one added last first.
     QStringList headers(const QString &key) const;
     const QMultiMap<QString, QString> &allHeaders() const { return m_headers; }
+    void setAllHeaders(const QMultiMap<QString, QString> &headers) { m_headers = headers; }
     void addHeader(const QString &key, const QString &value);
     /// Replaces all values of `key`.
     void setHeader(const QString &key, const QString &value);

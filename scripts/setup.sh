@@ -1,22 +1,26 @@
 #!/bin/bash
 # Installs the Debian packages that are missing, and does nothing when all are there.
 #
-#   scripts/setup.sh [run|test|check|bench]     default: test
+#   scripts/setup.sh [run|test|check|bench|package]     default: test
 #
-# Each purpose includes the ones before it, but for bench, which adds to run alone.
+# Each purpose includes the ones before it, but for bench and package, which add to run alone.
 set -euo pipefail
 
 # To build the program and to run it.
 run_packages=(cmake ninja-build g++ ccache pkg-config qtbase5-dev libsndfile1-dev libsoxr-dev
     libpcre2-dev libvorbis-dev libogg-dev libsdl2-dev)
-# Without a font the tests that draw would draw boxes. midicsv is a second reader of MIDI files. The
-# others are a sound server that the tests start for themselves, and what records it.
+# Without a font the tests that draw would draw boxes. midicsv is a second reader of MIDI files. Of
+# the others some are a sound server that the tests start for themselves, and what records it; the
+# last line is what reads the files for the desktop and the manual.
 test_packages=(fonts-dejavu-core midicsv pipewire pipewire-bin pipewire-pulse wireplumber
-    dbus-daemon pulseaudio-utils)
+    dbus-daemon pulseaudio-utils
+    appstream bsdextrautils desktop-file-utils mandoc shared-mime-info)
 # rsvg-convert draws the icons.
 check_packages=(git clang clang-format clang-tidy libclang-rt-14-dev librsvg2-bin)
 # What the benchmarks compare with.
 bench_packages=(libopenal-dev libsqlite3-dev abcmidi midicsv fluidsynth timgm6mb-soundfont)
+# cpack asks these what the programs depend on.
+package_packages=(dpkg-dev file)
 
 packages_for() {
     case $1 in
@@ -24,8 +28,9 @@ packages_for() {
     test) echo "$(packages_for run)" "${test_packages[@]}" ;;
     check) echo "$(packages_for test)" "${check_packages[@]}" ;;
     bench) echo "$(packages_for run)" "${bench_packages[@]}" ;;
+    package) echo "$(packages_for run)" "${package_packages[@]}" ;;
     *)
-        echo "usage: scripts/setup.sh [run|test|check|bench]" >&2
+        echo "usage: scripts/setup.sh [run|test|check|bench|package]" >&2
         return 2
         ;;
     esac

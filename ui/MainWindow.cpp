@@ -1,166 +1,188 @@
 #include "ui/MainWindow.h"
 
-#include "ABC/ABCFile.h"
-#include "MIDI/MidiFile.h"
+#include "Player/TrackPlayer.h"
+#include "Render/TrackRenderer.h"
 #include "model/Settings.h"
-#include "ui/DroppedFiles.h"
-#include "ui/dialogs/FileDialogs.h"
+#include "ui/AboutText.h"
+#include "ui/EmptyHint.h"
+#include "ui/ProblemLabel.h"
+#include "ui/WebAddresses.h"
 #include "ui/dialogs/MessageBoxes.h"
-#include "ui/TrackListModel.h"
+#include "ui/dialogs/PreferencesDialog.h"
+#include "ui/tracks/TrackWidget.h"
 #include "ui/ui_MainWindow.h"
+#include "update/UpdateChecker.h"
 
-#include <QDragEnterEvent>
-#include <QDropEvent>
-#include <QFileInfo>
-#include <QHeaderView>
-#include <QMimeData>
-#include <QScopeGuard>
-
-namespace {
-
-/// The window would wait for what comes out of a pipe or a device, perhaps for ever.
-void refuseEndless(const QString &path)
-{
-    const QFileInfo info(path);
-    if (info.exists() && !info.isFile())
-        throw QStringLiteral("Could not open file.");
-}
-
-} // namespace
+#include <QDesktopServices>
+#include <QProgressDialog>
+#include <QSignalBlocker>
 
 MainWindow::MainWindow(const QDir &game, QWidget *parent)
     : QMainWindow(parent)
     , m_ui(std::make_unique<Ui::MainWindow>())
-    , m_instruments(std::make_unique<QuillmoorInstrumentSet>(
-          game, Settings::instance().value(Settings::LoadMods).toBool()))
-    , m_tracks(new TrackListModel(this))
+    , m_player(std::make_unique<TrackPlayer>())
+    , m_updateChecker(std::make_unique<UpdateChecker>())
+    , m_column(nullptr)
+{
+    setUpForm();
+    setUpInstruments(game);
+    setAcceptDrops(true);
+    connectServices();
+    updateActions();
+    m_updateChecker->checkForUpdates();
+}
+
+MainWindow::~MainWindow()
+{
+    for (TrackWidget *const row : qAsConst(m_tracks))
+        row->disconnect(this);
+    m_renderer.reset(); // waits for the end of what it does
+    m_updateChecker.reset();
+    m_player.reset();
+    m_instruments.reset();
+    m_instrumentModel.reset();
+    delete m_progressDialog;
+    m_ui.reset();
+}
+
+void MainWindow::setUpForm()
 {
     m_ui->setupUi(this);
     setAttribute(Qt::WA_QuitOnClose);
-    m_ui->trackList->setModel(m_tracks);
-    m_ui->trackList->header()->setSectionResizeMode(TrackListModel::Title, QHeaderView::Stretch);
-    showTracksOrHint();
+    m_ui->tbInstrument->insertWidget(m_ui->actionApplyInstrument, m_ui->instrumentList);
+    m_column = TrackColumn(qobject_cast<QBoxLayout *>(m_ui->scrollAreaWidgetContents->layout()));
+    m_hint = new EmptyHint(m_ui->scrTrackArea->viewport());
+    m_soundProblem = new ProblemLabel(this);
+    m_soundProblem->setObjectName(QStringLiteral("lblSoundProblem"));
+    m_ui->statusBar->addPermanentWidget(m_soundProblem);
 }
 
-MainWindow::~MainWindow() = default;
-
-void MainWindow::openFiles(const QStringList &paths)
+/// What the start chooses is no choice of the user's, so it is not stored.
+void MainWindow::setUpInstruments(const QDir &game)
 {
-    for (const QString &path : paths) {
-        if (isMidiFile(path))
-            loadMidiFile(path);
-        else
-            loadABCFile(path);
-    }
+    const Settings &settings = Settings::instance();
+    m_instruments =
+        std::make_unique<QuillmoorInstrumentSet>(game, settings.value(Settings::LoadMods).toBool());
+    m_instrumentModel = std::make_unique<InstrumentSetModel>(m_instruments.get(), nullptr);
+
+    const QSignalBlocker blocker(m_ui->instrumentList);
+    m_ui->instrumentList->setModel(m_instrumentModel.get());
+    const QString name = settings.value(Settings::DefaultInstrument).toString();
+    const int index = m_instruments->names().indexOf(name);
+    if (!name.isEmpty() && index >= 0)
+        m_ui->instrumentList->setCurrentIndex(index);
 }
 
-void MainWindow::onLoadABC()
+void MainWindow::connectServices()
 {
-    const QStringList paths = FileDialogs::openFiles(this, tr("Choose ABC file(s) to open"),
-                                                     tr("ABC files (*.abc)"), Settings::DirAbcOpen);
-    for (const QString &path : paths)
-        loadABCFile(path);
+    TrackPlayer *const player = m_player.get();
+    connect(player, &TrackPlayer::trackStarted, this, &MainWindow::onTrackStarted);
+    connect(player, &TrackPlayer::trackStopped, this, &MainWindow::onTrackStopped);
+    connect(player, &TrackPlayer::allTracksStopped, this, &MainWindow::onAllTracksStopped);
+    connect(player, &TrackPlayer::trackPositionChanged, this, &MainWindow::onTrackPositionChanged);
+    connect(player, &TrackPlayer::notePressed, this, &MainWindow::onNotePressed);
+    connect(player, &TrackPlayer::noteReleased, this, &MainWindow::onNoteReleased);
+    connect(player, &TrackPlayer::soundProblemChanged, this, &MainWindow::showSoundProblem);
+    showSoundProblem(player->soundProblem());
+
+    UpdateChecker *const checker = m_updateChecker.get();
+    connect(checker, &UpdateChecker::updateAvailable, this, &MainWindow::onUpdateAvailable);
+    connect(checker, &UpdateChecker::updateCheckFailed, this, &MainWindow::onUpdateFailed);
 }
 
-void MainWindow::onImportMidi()
+int MainWindow::defaultInstrument() const
 {
-    const QString path = FileDialogs::openFile(this, tr("Choose MIDI file to import..."),
-                                               tr("MIDI files (*.mid)"), Settings::DirMidiOpen);
-    if (path.isEmpty())
+    return m_ui->instrumentList->currentIndex();
+}
+
+void MainWindow::updateActions()
+{
+    const int selected = rows(Scope::Selected).size();
+    m_ui->actionMerge_Selected->setEnabled(selected > 1);
+    for (QAction *const action : {m_ui->actionDuplicate_Selected, m_ui->actionRemove_Selected,
+                                  m_ui->actionSave_Selected, m_ui->actionMute_Selected})
+        action->setEnabled(selected > 0);
+}
+
+void MainWindow::updateHint()
+{
+    m_hint->setVisible(m_tracks.isEmpty());
+}
+
+void MainWindow::onPreferences()
+{
+    PreferencesDialog dialog(nullptr);
+    if (dialog.exec() == QDialog::Accepted)
+        dialog.commit();
+}
+
+void MainWindow::onDefaultInstrumentChanged(const QString &name)
+{
+    Settings::instance().setValue(Settings::DefaultInstrument, name);
+}
+
+void MainWindow::onGoToForum()
+{
+    QDesktopServices::openUrl(WebAddresses::forum());
+}
+
+void MainWindow::onGoToTracker()
+{
+    QDesktopServices::openUrl(WebAddresses::bugTracker());
+}
+
+void MainWindow::onDonate()
+{
+    QDesktopServices::openUrl(WebAddresses::donation());
+}
+
+void MainWindow::onAbout()
+{
+    MessageBoxes::about(this, tr("Quillmoor Composer"),
+                        aboutText(QCoreApplication::applicationVersion()));
+}
+
+/// From now on the user wants to know what comes of it.
+void MainWindow::onCheckUpdates()
+{
+    m_silentUpdateCheck = false;
+    m_updateChecker->checkForUpdates();
+}
+
+void MainWindow::onUpdateAvailable(bool available, const QString &newVer, const QString &url)
+{
+    if (available)
+        offerUpdate(newVer, url);
+    else if (!m_silentUpdateCheck)
+        MessageBoxes::information(this, tr("No updates"),
+                                  tr("You are running the latest version of Quillmoor Composer."));
+}
+
+/// The address comes from the network, where anybody may have put in theirs.
+void MainWindow::offerUpdate(const QString &version, const QString &url)
+{
+    const QString title = tr("Update available");
+    const QString text = tr("Quillmoor Composer v%1 is available.\n"
+                            "Would you like to download it now?")
+                             .arg(version);
+    if (!MessageBoxes::question(this, title, text))
         return;
-    offerToClear(tr("Import MIDI"));
-    loadMidiFile(path);
+    const QUrl page(url);
+    if (WebAddresses::isWebPage(page))
+        QDesktopServices::openUrl(page);
+    else
+        MessageBoxes::warning(this, title,
+                              tr("The address of the download is no web page:\n%1").arg(url));
 }
 
-void MainWindow::onClearTracks()
+void MainWindow::onUpdateFailed(const QString &error)
 {
-    m_tracks->clear();
-    showTracksOrHint();
+    if (!m_silentUpdateCheck)
+        MessageBoxes::critical(this, tr("Updates check failed"),
+                               tr("Failed to check for updates: %1").arg(error));
 }
 
-void MainWindow::dragEnterEvent(QDragEnterEvent *event)
+void MainWindow::showSoundProblem(const QString &problem)
 {
-    if (DroppedFiles::areSuitable(event->mimeData()->urls()))
-        event->acceptProposedAction();
-}
-
-/// The program that the files come from waits for the end of this, so the question that may be
-/// asked comes later. Copying it is: after a move that program might delete them.
-void MainWindow::dropEvent(QDropEvent *event)
-{
-    const QList<QUrl> urls = event->mimeData()->urls();
-    if (urls.isEmpty())
-        return;
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-    QMetaObject::invokeMethod(this, "openDroppedFiles", Qt::QueuedConnection,
-                              Q_ARG(QList<QUrl>, urls));
-}
-
-void MainWindow::openDroppedFiles(const QList<QUrl> &urls)
-{
-    offerToClear(tr("Import Files"));
-    for (const QUrl &url : urls) {
-        const DroppedFiles::Kind kind = DroppedFiles::kind(url);
-        if (kind == DroppedFiles::Abc)
-            loadABCFile(DroppedFiles::path(url));
-        else if (kind == DroppedFiles::Midi)
-            loadMidiFile(DroppedFiles::path(url));
-    }
-}
-
-void MainWindow::offerToClear(const QString &title)
-{
-    if (m_tracks->rowCount() == 0)
-        return;
-    if (MessageBoxes::question(this, title,
-                               tr("Would you like to remove the existing tracks first?")))
-        onClearTracks();
-}
-
-void MainWindow::addTrack(const Track &track)
-{
-    m_tracks->append(track);
-    showTracksOrHint();
-}
-
-void MainWindow::addTracks(const QList<Track> &tracks)
-{
-    for (const Track &track : tracks)
-        addTrack(track);
-}
-
-void MainWindow::loadABCFile(const QString &path)
-{
-    try {
-        refuseEndless(path);
-        addTrack(::loadABCFile(path));
-    } catch (const QString &message) {
-        MessageBoxes::critical(this, tr("Error while reading ABC file"), message);
-    }
-}
-
-void MainWindow::loadMidiFile(const QString &path)
-{
-    try {
-        refuseEndless(path);
-        addTracks(readMidiFile(path));
-    } catch (const QString &message) {
-        MessageBoxes::critical(this, tr("Error while reading MIDI file"), message);
-    }
-}
-
-QList<Track> MainWindow::readMidiFile(const QString &path)
-{
-    // Painted at once, as reading keeps the event loop waiting.
-    m_ui->statusBar->showMessage(tr("Loading MIDI file..."));
-    m_ui->statusBar->repaint();
-    const auto clear = qScopeGuard([this] { m_ui->statusBar->clearMessage(); });
-    return ::loadMidiFile(path, MidiOptions::stored());
-}
-
-void MainWindow::showTracksOrHint()
-{
-    QWidget *const page = m_tracks->rowCount() > 0 ? m_ui->pageTracks : m_ui->pageHint;
-    m_ui->pages->setCurrentWidget(page);
+    m_soundProblem->setLine(problem);
 }

@@ -85,6 +85,24 @@ private slots:
         QCOMPARE(thrownBy([&] { loadABCFile(path); }), "Could not open file."_s);
     }
 
+    void savesUtf8ThatItReadsAgain()
+    {
+        const QString path = m_dir->filePath("tune.abc"_s);
+        const QString text = "X:1\nT:José \U0001D11E\nK:C\nC"_s;
+        saveABCFile(path, text);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("X:1\nT:Jos\xC3\xA9 \xF0\x9D\x84\x9E\nK:C\nC"));
+        QCOMPARE(loadABCFile(path).abc(), text);
+    }
+    void failsOnWhatItCannotSave()
+    {
+        QCOMPARE(thrownBy([] { saveABCFile("/nonexistent/tune.abc"_s, "X:1"_s); }),
+                 "Could not open the file for saving."_s);
+        QCOMPARE(thrownBy([] { saveABCFile("/dev/full"_s, "X:1"_s); }),
+                 "Could not write the file: No space left on device"_s);
+    }
+
 private:
     QString write(const QByteArray &bytes) const
     {

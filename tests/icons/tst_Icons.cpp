@@ -91,8 +91,29 @@ private slots:
     void thePicturesInUseAreThere_data()
     {
         QTest::addColumn<QSize>("size");
-        for (const char *name : {"exclamation", "open", "midiimport", "exit", "save"})
+        for (const char *name : {"about",        "apply",        "applyinstrument",
+                                 "autoscroll",   "bug",          "clipboard",
+                                 "color-swatch", "copy",         "cut",
+                                 "deletetrack",  "donate",       "duplicatetrack",
+                                 "editdoc",      "edittrack",    "exclamation",
+                                 "exit",         "export",       "find",
+                                 "forum",        "import",       "instrument",
+                                 "key",          "merge",        "midiimport",
+                                 "movedown",     "moveup",       "mute",
+                                 "mutectx",      "newtrack",     "open",
+                                 "paste",        "piano",        "play",
+                                 "preferences",  "preview",      "quickrealign",
+                                 "realign",      "redo",         "removeone",
+                                 "removetrack",  "revert",       "save",
+                                 "saveall",      "saveas",       "selectall",
+                                 "solo",         "sound",        "soundctx",
+                                 "stop",         "transpose",    "transposedown",
+                                 "transposeup",  "undo",         "unitlength",
+                                 "update",       "zoom-default", "zoom-in",
+                                 "zoom-out"})
             QTest::newRow(name) << QSize(16, 16);
+        for (const char *name : {"speaker-panning", "speaker-volume"})
+            QTest::newRow(name) << QSize(32, 16);
         QTest::newRow("appicon") << QSize(64, 64);
     }
     void thePicturesInUseAreThere()

@@ -3,6 +3,7 @@
 #include "support/WidgetDriver.h"
 
 #include <QApplication>
+#include <QColorDialog>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -49,6 +50,21 @@ QString description(const QFileDialog &dialog)
         .arg(dialog.windowTitle(), dialog.selectedNameFilter(), dialog.directory().path());
 }
 
+QString description(const QColorDialog &dialog)
+{
+    return QStringLiteral("colors [%1] %2").arg(dialog.windowTitle(), dialog.currentColor().name());
+}
+
+template <typename Dialog> QString cancelled()
+{
+    auto *const dialog = activeDialog<Dialog>();
+    if (dialog == nullptr)
+        return {};
+    QString seen = description(*dialog);
+    QTest::keyClick(dialog, Qt::Key_Escape);
+    return seen;
+}
+
 } // namespace
 
 QString Dialogs::press(const QString &button)
@@ -72,18 +88,28 @@ QString Dialogs::choose(const QString &path)
     QString seen = description(*dialog);
     auto *const edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
     edit->setText(path);
+    // Later, since the dialog may ask about an existing file, which is the next one to answer.
+    QTimer::singleShot(0, edit, [edit] { QTest::keyClick(edit, Qt::Key_Return); });
+    return seen;
+}
+
+QString Dialogs::pick(const QString &color)
+{
+    auto *const dialog = activeDialog<QColorDialog>();
+    if (dialog == nullptr)
+        return {};
+    QString seen = description(*dialog);
+    auto *const edit = dialog->findChild<QLineEdit *>();
+    edit->selectAll();
+    QTest::keyClicks(edit, color);
     QTest::keyClick(edit, Qt::Key_Return);
     return seen;
 }
 
 QString Dialogs::cancel()
 {
-    auto *const dialog = activeDialog<QFileDialog>();
-    if (dialog == nullptr)
-        return {};
-    QString seen = description(*dialog);
-    dialog->reject();
-    return seen;
+    const QString seen = cancelled<QFileDialog>();
+    return seen.isEmpty() ? cancelled<QColorDialog>() : seen;
 }
 
 DialogAnswers::DialogAnswers()
@@ -101,6 +127,11 @@ DialogAnswers &DialogAnswers::press(const char *button)
 DialogAnswers &DialogAnswers::choose(const QString &path)
 {
     return add([path] { return Dialogs::choose(path); });
+}
+
+DialogAnswers &DialogAnswers::pick(const char *color)
+{
+    return add([name = QString::fromUtf8(color)] { return Dialogs::pick(name); });
 }
 
 DialogAnswers &DialogAnswers::cancel()

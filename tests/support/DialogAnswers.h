@@ -20,6 +20,10 @@ QString press(const QString &button);
 /// Types the path into a file dialog: seen as "chooser [title] filter; in directory". Several
 /// paths stand in quotation marks with blanks between.
 QString choose(const QString &path);
+/// Types the name of a colour ("#rrggbb") into a colour dialog: seen as "colors [title] #rrggbb"
+/// with the colour that was chosen in it before.
+QString pick(const QString &color);
+/// Of a file or colour dialog.
 QString cancel();
 
 } // namespace Dialogs
@@ -33,6 +37,7 @@ public:
     /// Answers of the functions above, in the order in which the dialogs will come.
     DialogAnswers &press(const char *button);
     DialogAnswers &choose(const QString &path);
+    DialogAnswers &pick(const char *color);
     DialogAnswers &cancel();
 
     /// Any other thing to do with a modal window, once keys go to it: seen as "visited".

@@ -2,12 +2,14 @@
 #include "icons/Icons.h"
 #include "support/SettingsSandbox.h"
 #include "ui/dialogs/KeyDialog.h"
+#include "ui/dialogs/PreferencesDialog.h"
 #include "ui/dialogs/RealignNotesDialog.h"
 #include "ui/dialogs/TransposeDialog.h"
 #include "ui/dialogs/UnitLengthDialog.h"
 
 #include <QApplication>
 #include <QDir>
+#include <QListWidget>
 #include <QPalette>
 
 #include <iostream>
@@ -48,8 +50,18 @@ private:
     bool m_hasFailed = false;
 };
 
+void takePreferences(Camera &camera, int page, const char *name)
+{
+    PreferencesDialog preferences;
+    preferences.findChild<QListWidget *>()->setCurrentRow(page);
+    camera.take(preferences, name);
+}
+
 void takeLight(Camera &camera)
 {
+    takePreferences(camera, 0, "preferences-instruments");
+    takePreferences(camera, 1, "preferences-preview");
+    takePreferences(camera, 2, "preferences-midi");
     RealignNotesDialog realign;
     camera.take(realign, "realign-notes");
     TransposeDialog transpose;
@@ -64,6 +76,7 @@ void takeLight(Camera &camera)
 void takeDark(Camera &camera)
 {
     QApplication::setPalette(dark());
+    takePreferences(camera, 1, "preferences-preview-dark");
     RealignNotesDialog realign;
     camera.take(realign, "realign-notes-dark");
     TransposeDialog transpose;

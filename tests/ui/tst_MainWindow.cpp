@@ -1,516 +1,332 @@
-#include "icons/Icons.h"
-#include "model/FileNameCodec.h"
-#include "model/Settings.h"
-#include "support/DialogAnswers.h"
-#include "support/SettingsSandbox.h"
-#include "ui/MainWindow.h"
+#include "MainWindowStage.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QDragEnterEvent>
+#include "icons/Icons.h"
+#include "model/Settings.h"
+
+#include <QBoxLayout>
+#include <QComboBox>
 #include <QLabel>
-#include <QLayout>
 #include <QMenuBar>
-#include <QMimeData>
+#include <QMetaMethod>
+#include <QScrollArea>
 #include <QSignalSpy>
 #include <QStatusBar>
-#include <QTemporaryDir>
 #include <QToolBar>
-#include <QTreeView>
-#include <QtTest>
 
-#include <memory>
-
-#include <sys/stat.h>
-
-/// Qt passes a drop on only after a drag that was accepted; the tests do without.
-class Window : public MainWindow {
-public:
-    using MainWindow::dropEvent;
-    using MainWindow::MainWindow;
-};
-
+/// The window as it is drawn and wired; what its flows do is tested in the files beside this one.
 class tst_MainWindow : public QObject {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { m_stage = std::make_unique<MainWindowStage>(); }
+    void cleanup() { m_stage.reset(); }
 
     void theWindowIsAsDrawn();
-    void actionsHaveTextTipShortcutAndSlot_data();
-    void actionsHaveTextTipShortcutAndSlot();
-    void everyEntryHasItsPicture();
-    void menusAndToolBarAreInOrder();
+    void theTrackListIsAsDrawn();
+    void slotsAreInOrder();
+    void actionsHaveTextTipShortcutAndIcon_data();
+    void actionsHaveTextTipShortcutAndIcon();
+    void menusAreInOrder_data();
+    void menusAreInOrder();
+    void toolBarsAreInOrder_data();
+    void toolBarsAreInOrder();
+    void shortcutsAreUnique();
+    void theDefaultInstrumentIsInItsToolBar();
+
     void anEmptyWindowSaysHowToBegin();
+    void theHintCoversTheList();
+
+    void theStoredInstrumentIsTheDefault_data();
+    void theStoredInstrumentIsTheDefault();
+    void startingStoresNothing();
+    void aChosenInstrumentIsStored();
+    void modsAreLoadedWhenWanted();
     void instrumentsThatCannotBeReadAreThrown();
 
-    void chosenAbcFilesAreAdded();
-    void theDirectoryOfAbcFilesIsKept();
-    void cancelledDialogsChangeNothing();
-    void eachFailingAbcFileHasItsBox();
-    void pipesAndDevicesAreRefused_data();
-    void pipesAndDevicesAreRefused();
-    void aNameIsNoMarkup();
-
-    void aMidiFileBecomesTracks();
-    void theMidiDialogIsAsDescribed();
-    void importAsksWhetherToKeepTracks_data();
-    void importAsksWhetherToKeepTracks();
-    void loadingShowsAMessage();
-    void aBrokenMidiFileHasItsBox();
-    void aMidiFileWithoutNotesAddsNothing();
-
-    void filesAreOpenedByTheirKind();
-
-    void dragsOfSuitableFilesAreAccepted_data();
-    void dragsOfSuitableFilesAreAccepted();
-    void droppedFilesAreOpened();
-    void aDropAsksWhetherToKeepTracks_data();
-    void aDropAsksWhetherToKeepTracks();
-    void aDropIsACopy();
-    void aDroppedNameMayBeAnyBytes();
-
 private:
-    QString made(const QByteArray &name, const QByteArray &contents);
-    QString tune(const char *title);
-    QString midi(const char *name);
-    QStringList titles() const;
-    QAction *action(const char *name) const;
-    void drop(const QStringList &paths);
+    template <typename Widget> Widget *find(const char *name) const
+    {
+        return m_stage->window().findChild<Widget *>(text(name));
+    }
 
-    std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<Window> m_window;
-    std::unique_ptr<DialogAnswers> m_answers;
+    std::unique_ptr<MainWindowStage> m_stage;
 };
 
 namespace {
 
-QString text(const char *text)
-{
-    return QString::fromUtf8(text);
-}
-
-/// One chunk with one note of a quarter.
-QByteArray midiBytes(const QByteArray &note = QByteArray::fromHex("00903c406080"
-                                                                  "3c00"))
-{
-    const QByteArray events = note + QByteArray::fromHex("00ff2f00");
-    return QByteArray::fromHex("4d546864000000060000000100604d54726b000000")
-        + static_cast<char>(events.size()) + events;
-}
-
-QString question(const char *title)
-{
-    return text("question [%1] Would you like to remove the existing tracks first? (Yes,No)")
-        .arg(text(title));
-}
-
-QStringList texts(const QList<QAction *> &actions)
+QString described(const QList<QAction *> &actions)
 {
     QStringList result;
     for (const QAction *const action : actions)
         result.append(action->isSeparator() ? text("|") : action->text());
-    return result;
-}
-
-bool isAccepted(MainWindow &window, const QList<QUrl> &urls)
-{
-    QMimeData data;
-    data.setUrls(urls);
-    QDragEnterEvent event(QPoint(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    event.ignore();
-    QApplication::sendEvent(&window, &event);
-    return event.isAccepted();
+    return result.join(QLatin1Char(','));
 }
 
 } // namespace
 
-void tst_MainWindow::init()
-{
-    m_dir = std::make_unique<QTemporaryDir>();
-    Settings::instance().setValue(Settings::DirAbcOpen, QString());
-    Settings::instance().setValue(Settings::DirMidiOpen, QString());
-    m_window = std::make_unique<Window>(QDir(m_dir->path()));
-    m_window->show();
-    m_answers = std::make_unique<DialogAnswers>();
-}
-
-void tst_MainWindow::cleanup()
-{
-    QVERIFY(m_answers->isDone());
-    m_answers.reset();
-    m_window.reset();
-}
-
-QString tst_MainWindow::made(const QByteArray &name, const QByteArray &contents)
-{
-    QString path = m_dir->filePath(FileNameCodec::decode(name));
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size())
-        qFatal("Could not make a file for the test.");
-    return path;
-}
-
-QString tst_MainWindow::tune(const char *title)
-{
-    return made(QByteArray(title) + ".abc",
-                QByteArray("X:1\nT:") + title + "\nM:4/4\nL:1/4\nQ:1/4=120\nK:C\nCDEF|\n");
-}
-
-QString tst_MainWindow::midi(const char *name)
-{
-    return made(name, midiBytes());
-}
-
-QStringList tst_MainWindow::titles() const
-{
-    const QAbstractItemModel *const model = m_window->findChild<QTreeView *>()->model();
-    QStringList titles;
-    for (int i = 0; i < model->rowCount(); ++i)
-        titles.append(model->index(i, 0).data().toString());
-    return titles;
-}
-
-QAction *tst_MainWindow::action(const char *name) const
-{
-    return m_window->findChild<QAction *>(text(name));
-}
-
-void tst_MainWindow::drop(const QStringList &paths)
-{
-    QMimeData data;
-    QList<QUrl> urls;
-    for (const QString &path : paths)
-        urls.append(QUrl::fromLocalFile(path));
-    data.setUrls(urls);
-    QDropEvent event(QPointF(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    m_window->dropEvent(&event);
-    QCoreApplication::processEvents();
-}
-
 void tst_MainWindow::theWindowIsAsDrawn()
 {
-    QCOMPARE(m_window->windowTitle(), text("Quillmoor Composer"));
-    QCOMPARE(m_window->size(), QSize(710, 470));
-    QVERIFY(m_window->acceptDrops());
-    QVERIFY(m_window->testAttribute(Qt::WA_QuitOnClose));
-    QCOMPARE(m_window->centralWidget()->objectName(), text("centralWidget"));
-    const QLayout *const layout = m_window->centralWidget()->layout();
+    const MainWindow &window = m_stage->window();
+    QCOMPARE(window.windowTitle(), text("Quillmoor Composer"));
+    QCOMPARE(window.size(), QSize(710, 470));
+    QVERIFY(window.acceptDrops());
+    QVERIFY(window.testAttribute(Qt::WA_QuitOnClose));
+    QCOMPARE(window.centralWidget()->objectName(), text("centralWidget"));
+    const QLayout *const layout = window.centralWidget()->layout();
     QCOMPARE(layout->objectName(), text("verticalLayout_2"));
     QCOMPARE(layout->spacing(), 6);
     QCOMPARE(layout->contentsMargins(), QMargins(11, 11, 11, 11));
+    QCOMPARE(layout->count(), 1);
+    QCOMPARE(layout->itemAt(0)->widget()->objectName(), text("scrTrackArea"));
 }
 
-void tst_MainWindow::actionsHaveTextTipShortcutAndSlot_data()
+void tst_MainWindow::theTrackListIsAsDrawn()
+{
+    const auto *const area = find<QScrollArea>("scrTrackArea");
+    QVERIFY(area->widgetResizable());
+    QCOMPARE(area->widget()->objectName(), text("scrollAreaWidgetContents"));
+    QCOMPARE(area->widget()->styleSheet(),
+             text("QWidget#scrollAreaWidgetContents\n{\n\t\tbackground: qlineargradient(x1: 0, y1: "
+                  "0, x2: 0, y2: 1,\n                                  stop: 0 #666666, stop: 1.0 "
+                  "#555555);\n}"));
+    const auto *const layout = qobject_cast<QVBoxLayout *>(area->widget()->layout());
+    QCOMPARE(layout->objectName(), text("verticalLayout"));
+    QCOMPARE(layout->spacing(), 1);
+    QCOMPARE(layout->contentsMargins(), QMargins(1, 1, 1, 1));
+    QCOMPARE(layout->count(), 1);
+    QCOMPARE(layout->itemAt(0)->spacerItem()->sizeHint(), QSize(20, 40));
+    QCOMPARE(layout->itemAt(0)->expandingDirections(), Qt::Vertical);
+}
+
+void tst_MainWindow::slotsAreInOrder()
+{
+    QStringList slotNames;
+    const QMetaObject &meta = MainWindow::staticMetaObject;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+        slotNames.append(QString::fromLatin1(meta.method(i).methodSignature()));
+    QCOMPARE(slotNames,
+             text("onLoadABC() onPlay() onStopAll() onImportMidi() onImportClipboard() "
+                  "onExportWav() onSaveSelected() onSaveAll() onNewTrack() onMergeTracks() "
+                  "onDuplicateTracks() onRemoveSelectedTracks() onMuteSelected() onSelectAll() "
+                  "onDeselectAll() onInvertSelection() onClearTracks() onPreferences() "
+                  "onGoToForum() onGoToTracker() onAbout() onDefaultInstrumentChanged(QString) "
+                  "onApplyInstrument() onTrackStarted(QString) onTrackStopped(QString) "
+                  "onAllTracksStopped() onTrackPositionChanged(QString,quint64) "
+                  "onNotePressed(QString,uint) onNoteReleased(QString,uint) onTrackMuteChanged() "
+                  "onTrackSolo() onTrackInstrumentChanged() onTrackVolumeChanged() "
+                  "onTrackPanChanged() onTrackRemoved() onTrackChanged() onTrackSeek(quint64) "
+                  "onMoveTrackUp() onMoveTrackDown() onTrackSelectionChanged() onRenderStarted() "
+                  "onRenderProgress(quint64,quint64) onRenderFinished() "
+                  "onUpdateAvailable(bool,QString,QString) onUpdateFailed(QString) "
+                  "onCheckUpdates() onDonate()")
+                 .split(QLatin1Char(' ')));
+}
+
+void tst_MainWindow::actionsHaveTextTipShortcutAndIcon_data()
 {
     QTest::addColumn<QString>("label");
     QTest::addColumn<QString>("tip");
     QTest::addColumn<QString>("shortcut");
-    QTest::newRow("actionOpen") << text("Open") << text("Open ABC file") << text("Ctrl+O");
-    QTest::newRow("actionImport_MIDI")
-        << text("Import MIDI") << text("Import MIDI file into the editor") << text("Ctrl+Shift+M");
-    QTest::newRow("actionExit") << text("Exit") << text("Exit Quillmoor Composer")
-                                << text("Alt+F4");
+    QTest::addColumn<QString>("icon");
+    const auto row = [](const char *name, const char *label, const char *tip, const char *shortcut,
+                        const char *icon) {
+        QTest::newRow(name) << text(label) << text(tip) << text(shortcut) << text(icon);
+    };
+    row("actionOpen", "Open", "Open ABC file", "Ctrl+O", "open");
+    row("actionExit", "Exit", "Exit Quillmoor Composer", "Alt+F4", "exit");
+    row("actionExport_to_Wav", "Export to Wav", "Export all (non-muted) tracks to a wave file",
+        "Ctrl+Shift+W", "sound");
+    row("actionImport_MIDI", "Import MIDI", "Import MIDI file into the editor", "Ctrl+Shift+M",
+        "midiimport");
+    row("actionPlay", "Play", "Preview current tracks.", "F5", "play");
+    row("actionStop", "Stop", "Stop preview.", "F8", "stop");
+    row("actionAbout_Quillmoor_Composer", "About Quillmoor Composer...", "", "", "about");
+    row("actionNew_Track", "New Track", "Create a new track", "Ctrl+N", "newtrack");
+    row("actionClear_Tracks", "Remove All Tracks", "Remove all tracks", "Shift+Del", "removetrack");
+    row("actionPreferences", "Preferences...", "Show preferences", "", "preferences");
+    row("actionApplyInstrument", "Apply Instrument",
+        "Apply this instrument to selected tracks or all if none are selected.", "",
+        "applyinstrument");
+    row("actionMerge_Selected", "Merge Selected", "Merges the selected tracks together", "Ctrl+J",
+        "merge");
+    row("actionRemove_Selected", "Remove Selected", "Remove the selected tracks", "Del",
+        "removeone");
+    row("actionImport_from_Clipboard", "Import from Clipboard",
+        "Import an ABC track from the clipboard", "Ctrl+V", "clipboard");
+    row("actionLyrehall_Forum_Section", "Lyrehall Forum Section", "", "", "forum");
+    row("actionLyrehall_Bug_Tracker", "Lyrehall Bug Tracker", "", "", "bug");
+    row("actionSelect_All", "Select All", "", "Ctrl+A", "");
+    row("actionDeselect_All", "Deselect All", "", "Ctrl+Shift+A", "");
+    row("actionInvert_Selection", "Invert Selection", "", "Ctrl+I", "");
+    row("actionDuplicate_Selected", "Duplicate Selected", "Duplicate the selected tracks", "Ctrl+D",
+        "duplicatetrack");
+    row("actionCheck_for_updates", "Check for updates...",
+        "Check online for updates for Quillmoor Composer", "", "");
+    row("actionSave_Selected", "Save Selected", "Save the selected tracks to disk", "Ctrl+S",
+        "save");
+    row("actionSave_All", "Save All", "Save all tracks to disk", "Ctrl+Shift+S", "saveall");
+    row("actionMute_Selected", "(Un)mute Selected", "(Un)mute the selected tracks", "Ctrl+M",
+        "mute");
+    row("actionDonate", "Donate", "", "", "donate");
 }
 
-void tst_MainWindow::actionsHaveTextTipShortcutAndSlot()
+void tst_MainWindow::actionsHaveTextTipShortcutAndIcon()
 {
-    const QAction *const tested = action(QTest::currentDataTag());
+    QFETCH(QString, icon);
+    const QAction *const tested = m_stage->action(QTest::currentDataTag());
     QTEST(tested->text(), "label");
     QTEST(tested->statusTip(), "tip");
     QTEST(tested->shortcut().toString(), "shortcut");
+    QCOMPARE(tested->icon().isNull(), icon.isEmpty());
+    const QIcon expected(text(":/icons/%1.png").arg(icon));
+    QCOMPARE(tested->icon().pixmap(16).toImage(), expected.pixmap(16).toImage());
 }
 
-void tst_MainWindow::everyEntryHasItsPicture()
+void tst_MainWindow::menusAreInOrder_data()
 {
-    Icons::load();
-    const MainWindow window{QDir(m_dir->path())};
-    for (const char *const menu : {"menuFile", "menuImport"}) {
-        for (const QAction *const entry : window.findChild<QMenu *>(text(menu))->actions())
-            QVERIFY2(entry->isSeparator() || !entry->icon().pixmap(16).isNull(),
-                     qPrintable(entry->text()));
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("entries");
+    QTest::newRow("menuFile") << text("&File")
+                              << text("Open,Save Selected,Save All,|,Import,Export,|,Exit");
+    QTest::newRow("menuImport") << text("Import") << text("Import MIDI,Import from Clipboard");
+    QTest::newRow("menuExport") << text("Export") << text("Export to Wav");
+    QTest::newRow("menuTrack") << text("&Track")
+                               << text("New Track,|,Merge Selected,Duplicate Selected,Remove "
+                                       "Selected,(Un)mute Selected,|,Select All,Deselect "
+                                       "All,Invert Selection,|,Remove All Tracks");
+    QTest::newRow("menuTools") << text("T&ools") << text("Preferences...");
+    QTest::newRow("menuHelp") << text("&Help")
+                              << text("Lyrehall Forum Section,Lyrehall Bug Tracker,Donate,|,Check "
+                                      "for updates...,|,About Quillmoor Composer...");
+    QTest::newRow("menuBar") << QString() << text("&File,&Track,T&ools,&Help");
+}
+
+void tst_MainWindow::menusAreInOrder()
+{
+    const auto *const menu = find<QWidget>(QTest::currentDataTag());
+    QTEST(menu->property("title").toString(), "title");
+    QTEST(described(menu->actions()), "entries");
+}
+
+void tst_MainWindow::toolBarsAreInOrder_data()
+{
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("entries");
+    QTest::newRow("tbTracks") << text("Track Toolbar")
+                              << text("Open,Import MIDI,Save Selected,Save All,|,New Track,Remove "
+                                      "Selected,|,Merge Selected,Duplicate Selected,(Un)mute "
+                                      "Selected,|,Remove All Tracks");
+    QTest::newRow("tbPlayback") << text("Playback Controls") << text("Play,Stop");
+    QTest::newRow("tbInstrument") << text("Instrument Toolbar") << text(",Apply Instrument");
+}
+
+void tst_MainWindow::toolBarsAreInOrder()
+{
+    auto *const bar = find<QToolBar>(QTest::currentDataTag());
+    QTEST(bar->windowTitle(), "title");
+    QTEST(described(bar->actions()), "entries");
+    QCOMPARE(bar->iconSize(), QSize(16, 16));
+    QCOMPARE(bar->toolButtonStyle(), Qt::ToolButtonFollowStyle);
+    QCOMPARE(m_stage->window().toolBarArea(bar), Qt::TopToolBarArea);
+}
+
+void tst_MainWindow::shortcutsAreUnique()
+{
+    QStringList shortcuts;
+    for (const QAction *const action : m_stage->window().findChildren<QAction *>()) {
+        const QString shortcut = action->shortcut().toString();
+        QVERIFY2(shortcut.isEmpty() || !shortcuts.contains(shortcut), qPrintable(shortcut));
+        shortcuts.append(shortcut);
     }
 }
 
-void tst_MainWindow::menusAndToolBarAreInOrder()
+void tst_MainWindow::theDefaultInstrumentIsInItsToolBar()
 {
-    const auto *const file = m_window->findChild<QMenu *>(text("menuFile"));
-    const auto *const import = m_window->findChild<QMenu *>(text("menuImport"));
-    const auto *const bar = m_window->findChild<QToolBar *>(text("tbTracks"));
-    QCOMPARE(texts(m_window->menuBar()->actions()), QStringList{text("&File")});
-    QCOMPARE(texts(file->actions()).join(QLatin1Char(',')), text("Open,|,Import,|,Exit"));
-    QCOMPARE(texts(import->actions()), QStringList{text("Import MIDI")});
-    QCOMPARE(texts(bar->actions()).join(QLatin1Char(',')), text("Open,Import MIDI"));
-    QCOMPARE(bar->windowTitle(), text("Track Toolbar"));
-    QCOMPARE(bar->iconSize(), QSize(16, 16));
-    QCOMPARE(bar->toolButtonStyle(), Qt::ToolButtonFollowStyle);
+    const auto *const list = find<QComboBox>("instrumentList");
+    const auto *const bar = find<QToolBar>("tbInstrument");
+    QCOMPARE(bar->widgetForAction(bar->actions().at(0)), static_cast<const QWidget *>(list));
+    QVERIFY(list->isVisible());
+    QCOMPARE(list->toolTip(),
+             text("This is the default instrument that will be assigned to new tracks"));
+    QCOMPARE(list->statusTip(), text("Default instrument for new tracks"));
+    QCOMPARE(list->count(), 3);
+    QCOMPARE(list->itemText(1), text("Flute"));
 }
 
 void tst_MainWindow::anEmptyWindowSaysHowToBegin()
 {
-    const auto *const hint = m_window->findChild<QLabel *>(text("lblHint"));
-    const auto *const list = m_window->findChild<QTreeView *>();
+    const auto *const hint = find<QLabel>("lblHint");
     QVERIFY(hint->isVisible());
-    QVERIFY(!list->isVisible());
-    m_window->openFiles({tune("Something")});
+    QCOMPARE(hint->text(),
+             text("Drop ABC or MIDI files here to begin,\nor choose them from the File menu."));
+    QCOMPARE(hint->textFormat(), Qt::PlainText);
+    m_stage->window().openFiles({m_stage->tune("Something")});
     QVERIFY(!hint->isVisible());
-    QVERIFY(list->isVisible());
-    m_window->onClearTracks();
+    m_stage->trigger("actionClear_Tracks");
     QVERIFY(hint->isVisible());
+}
+
+void tst_MainWindow::theHintCoversTheList()
+{
+    const auto *const hint = find<QLabel>("lblHint");
+    const auto *const area = find<QScrollArea>("scrTrackArea");
+    QCOMPARE(hint->size(), area->viewport()->size());
+    m_stage->window().resize(900, 600);
+    QTRY_COMPARE(hint->size(), area->viewport()->size());
+    QCOMPARE(area->viewport()->childAt(30, 30), area->widget());
+}
+
+void tst_MainWindow::theStoredInstrumentIsTheDefault_data()
+{
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<QString>("chosen");
+    QTest::newRow("the last") << text("Lute") << text("Lute");
+    QTest::newRow("other case") << text("lute") << text("Drum");
+    QTest::newRow("unknown") << text("Harp") << text("Drum");
+    QTest::newRow("none") << QString() << text("Drum");
+}
+
+void tst_MainWindow::theStoredInstrumentIsTheDefault()
+{
+    QFETCH(QString, stored);
+    Settings::instance().setValue(Settings::DefaultInstrument, stored);
+    m_stage->reopen();
+    QTEST(find<QComboBox>("instrumentList")->currentText(), "chosen");
+}
+
+void tst_MainWindow::startingStoresNothing()
+{
+    Settings::instance().setValue(Settings::DefaultInstrument, text("Lute"));
+    const QSignalSpy changes(&Settings::instance(), &Settings::settingChanged);
+    m_stage->reopen();
+    QCOMPARE(changes.size(), 0);
+}
+
+void tst_MainWindow::aChosenInstrumentIsStored()
+{
+    auto *const list = find<QComboBox>("instrumentList");
+    QTest::keyClick(list, Qt::Key_Down);
+    QCOMPARE(list->currentText(), text("Flute"));
+    QCOMPARE(Settings::instance().value(Settings::DefaultInstrument).toString(), text("Flute"));
+}
+
+void tst_MainWindow::modsAreLoadedWhenWanted()
+{
+    QVERIFY(QDir(m_stage->dir()).mkpath(text("mods")));
+    QVERIFY(QFile::rename(m_stage->path("user"), m_stage->path("mods/more")));
+    m_stage->reopen();
+    QCOMPARE(find<QComboBox>("instrumentList")->currentText(), text("None"));
+    Settings::instance().setValue(Settings::LoadMods, true);
+    m_stage->reopen();
+    Settings::instance().setValue(Settings::LoadMods, false);
+    QCOMPARE(find<QComboBox>("instrumentList")->count(), 3);
 }
 
 void tst_MainWindow::instrumentsThatCannotBeReadAreThrown()
 {
-    QDir dir(m_dir->path());
-    QVERIFY(dir.mkpath(text("user/items/instruments")));
-    QVERIFY(dir.mkpath(text("user/sfx/instruments/lute")));
-    made("user/items/instruments/lute.instrument",
-         R"({"shortdescription":"Lute","kind":"lute","inventoryIcon":"x"})");
-    made("user/sfx/instruments/lute/tuning.config", "[]");
-    QVERIFY_EXCEPTION_THROWN(MainWindow{dir}, QString);
+    m_stage->made("user/sfx/instruments/lute/tuning.config", "[]");
+    QVERIFY_EXCEPTION_THROWN(MainWindow{QDir(m_stage->dir())}, QString);
 }
 
-void tst_MainWindow::chosenAbcFilesAreAdded()
-{
-    tune("Zwei");
-    m_window->openFiles({tune("Eins")});
-    tune("Drei");
-    const QString names = text(R"("%1" "%2")");
-    m_answers->choose(
-        names.arg(m_dir->filePath(text("Zwei.abc")), m_dir->filePath(text("Drei.abc"))));
-    action("actionOpen")->trigger();
-    QCOMPARE(titles().join(QLatin1Char(' ')), text("Eins Zwei Drei"));
-    QCOMPARE(m_answers->seen(),
-             QStringList{text("chooser [Choose ABC file(s) to open] ABC files "
-                              "(*.abc); in %1")
-                             .arg(QDir::currentPath())});
-}
-
-void tst_MainWindow::theDirectoryOfAbcFilesIsKept()
-{
-    m_answers->choose(tune("Kept")).cancel();
-    action("actionOpen")->trigger();
-    QCOMPARE(Settings::instance().value(Settings::DirAbcOpen).toString(), m_dir->path());
-    action("actionOpen")->trigger();
-    QVERIFY2(m_answers->seen().last().endsWith(text("; in ") + m_dir->path()),
-             qPrintable(m_answers->seen().last()));
-}
-
-void tst_MainWindow::cancelledDialogsChangeNothing()
-{
-    m_answers->cancel().cancel();
-    Settings::instance().setValue(Settings::DirAbcOpen, text("/abc"));
-    Settings::instance().setValue(Settings::DirMidiOpen, text("/midi"));
-    action("actionOpen")->trigger();
-    action("actionImport_MIDI")->trigger();
-    QCOMPARE(m_answers->seen().size(), 2);
-    QVERIFY(titles().isEmpty());
-    QCOMPARE(Settings::instance().value(Settings::DirAbcOpen).toString(), text("/abc"));
-    QCOMPARE(Settings::instance().value(Settings::DirMidiOpen).toString(), text("/midi"));
-}
-
-void tst_MainWindow::eachFailingAbcFileHasItsBox()
-{
-    const QString broken = made("broken.abc", "X:1\nK:C\nC [D$] E\n");
-    m_answers->press("OK").press("OK").press("OK");
-    m_window->openFiles(
-        {text("/nowhere/at/all.abc"), tune("Good"), broken, m_dir->path(), tune("Better")});
-    const QString box = text("critical [Error while reading ABC file] %1 (OK)");
-    QCOMPARE(m_answers->seen(),
-             QStringList({box.arg(text("Could not open file.")),
-                          box.arg(text("Unexpected token found in chord at line 3, column 5.")),
-                          box.arg(text("Could not open file."))}));
-    QCOMPARE(titles().join(QLatin1Char(' ')), text("Good Better"));
-}
-
-void tst_MainWindow::pipesAndDevicesAreRefused_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("kind");
-    QTest::newRow("ABC") << text("song.abc") << text("ABC");
-    QTest::newRow("MIDI") << text("song.mid") << text("MIDI");
-}
-
-/// Nobody writes to the pipe: who reads from it waits for ever.
-void tst_MainWindow::pipesAndDevicesAreRefused()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, kind);
-    const QString pipe = m_dir->filePath(name);
-    const QString device = m_dir->filePath(text("endless-") + name);
-    QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-    QVERIFY(QFile::link(text("/dev/zero"), device));
-    m_answers->press("OK").press("OK");
-    m_window->openFiles({pipe, device});
-    const QString box =
-        text("critical [Error while reading %1 file] Could not open file. (OK)").arg(kind);
-    QCOMPARE(m_answers->seen(), QStringList({box, box}));
-    QVERIFY(titles().isEmpty());
-}
-
-void tst_MainWindow::aNameIsNoMarkup()
-{
-    m_window->openFiles({tune("<b>bold<b>")});
-    QCOMPARE(titles(), QStringList{text("<b>bold<b>")});
-    QCOMPARE(m_window->findChild<QLabel *>(text("lblHint"))->textFormat(), Qt::PlainText);
-}
-
-void tst_MainWindow::aMidiFileBecomesTracks()
-{
-    m_answers->choose(midi("song.mid"));
-    action("actionImport_MIDI")->trigger();
-    QCOMPARE(titles().size(), 1);
-    const QAbstractItemModel *const model = m_window->findChild<QTreeView *>()->model();
-    QCOMPARE(model->index(0, 1).data().toString(), text("1"));
-}
-
-void tst_MainWindow::theMidiDialogIsAsDescribed()
-{
-    m_answers->choose(midi("song.mid")).cancel();
-    action("actionImport_MIDI")->trigger();
-    QCOMPARE(Settings::instance().value(Settings::DirMidiOpen).toString(), m_dir->path());
-    action("actionImport_MIDI")->trigger();
-    QCOMPARE(m_answers->seen().last(),
-             text("chooser [Choose MIDI file to import...] MIDI files (*.mid); in ")
-                 + m_dir->path());
-}
-
-void tst_MainWindow::importAsksWhetherToKeepTracks_data()
-{
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<int>("rows");
-    QTest::newRow("keep them") << text("No") << 2;
-    QTest::newRow("remove them") << text("Yes") << 1;
-}
-
-void tst_MainWindow::importAsksWhetherToKeepTracks()
-{
-    QFETCH(QString, answer);
-    m_window->openFiles({tune("There")});
-    m_answers->choose(midi("song.mid")).press(answer.toUtf8());
-    action("actionImport_MIDI")->trigger();
-    QCOMPARE(m_answers->seen().value(1), question("Import MIDI"));
-    QTEST(titles().size(), "rows");
-}
-
-void tst_MainWindow::loadingShowsAMessage()
-{
-    const QSignalSpy messages(m_window->statusBar(), &QStatusBar::messageChanged);
-    m_window->openFiles({midi("song.mid")});
-    QCOMPARE(messages.size(), 2);
-    QCOMPARE(messages.at(0).at(0).toString(), text("Loading MIDI file..."));
-    QCOMPARE(messages.at(1).at(0).toString(), QString());
-}
-
-void tst_MainWindow::aBrokenMidiFileHasItsBox()
-{
-    m_answers->press("OK").press("OK");
-    m_window->openFiles({made("broken.mid", "no MIDI"), text("/nowhere.mid"), tune("After")});
-    const QString box = text("critical [Error while reading MIDI file] %1 (OK)");
-    QCOMPARE(
-        m_answers->seen(),
-        QStringList({box.arg(text("Invalid MIDI file.")), box.arg(text("Could not open file."))}));
-    QCOMPARE(titles(), QStringList{text("After")});
-    QCOMPARE(m_window->statusBar()->currentMessage(), QString());
-}
-
-void tst_MainWindow::aMidiFileWithoutNotesAddsNothing()
-{
-    m_window->openFiles({made("silent.mid", midiBytes(QByteArray()))});
-    QVERIFY(titles().isEmpty());
-    QVERIFY(m_answers->seen().isEmpty());
-}
-
-void tst_MainWindow::filesAreOpenedByTheirKind()
-{
-    made("tune", "X:1\nT:By content\nK:C\nC\n");
-    m_window->openFiles({midi("a.MID"), midi("b"), tune("c"), m_dir->filePath(text("tune"))});
-    QCOMPARE(titles().size(), 4);
-    QCOMPARE(titles().mid(2).join(QLatin1Char(',')), text("c,By content"));
-}
-
-void tst_MainWindow::dragsOfSuitableFilesAreAccepted_data()
-{
-    QTest::addColumn<QString>("urls");
-    QTest::addColumn<bool>("isAccepted");
-    QTest::newRow("ABC and MIDI") << text("file:///a.abc file:///b.mid") << true;
-    QTest::newRow("upper case") << text("file:///a.ABC file:///b.MID") << true;
-    QTest::newRow("ABC and text") << text("file:///a.abc file:///b.txt") << false;
-    QTest::newRow("not local") << text("https://a.example/a.abc") << false;
-    QTest::newRow("nothing") << QString() << false;
-}
-
-void tst_MainWindow::dragsOfSuitableFilesAreAccepted()
-{
-    QFETCH(QString, urls);
-    QList<QUrl> list;
-    for (const QString &url : urls.split(QLatin1Char(' '), Qt::SkipEmptyParts))
-        list.append(QUrl(url));
-    QTEST(isAccepted(*m_window, list), "isAccepted");
-}
-
-void tst_MainWindow::droppedFilesAreOpened()
-{
-    drop({tune("First"), made("other.txt", "X:1\nK:C\nC\n"), midi("song.mid"), tune("Last")});
-    QCOMPARE(titles().size(), 3);
-    QCOMPARE(titles().first(), text("First"));
-    QCOMPARE(titles().last(), text("Last"));
-    QVERIFY(m_answers->seen().isEmpty());
-}
-
-void tst_MainWindow::aDropAsksWhetherToKeepTracks_data()
-{
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("keep them") << text("No") << text("There Dropped");
-    QTest::newRow("remove them") << text("Yes") << text("Dropped");
-}
-
-void tst_MainWindow::aDropAsksWhetherToKeepTracks()
-{
-    QFETCH(QString, answer);
-    m_window->openFiles({tune("There")});
-    m_answers->press(answer.toUtf8());
-    drop({tune("Dropped")});
-    QCOMPARE(m_answers->seen(), QStringList{question("Import Files")});
-    QTEST(titles().join(QLatin1Char(' ')), "expected");
-}
-
-/// Whoever offers the files to be moved must not be told that they were.
-void tst_MainWindow::aDropIsACopy()
-{
-    QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(tune("Moved"))});
-    QDropEvent event(QPointF(20, 20), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton,
-                     Qt::NoModifier);
-    event.setDropAction(Qt::MoveAction);
-    m_window->dropEvent(&event);
-    QVERIFY(event.isAccepted());
-    QCOMPARE(event.dropAction(), Qt::CopyAction);
-    QCoreApplication::processEvents();
-    QCOMPARE(titles(), QStringList{text("Moved")});
-}
-
-void tst_MainWindow::aDroppedNameMayBeAnyBytes()
-{
-    made("\xFF 100%.abc", "X:1\nT:Odd\nK:C\nC\n");
-    QMimeData data;
-    data.setUrls(
-        {QUrl::fromEncoded("file://" + QFile::encodeName(m_dir->path()) + "/%FF%20100%25.abc")});
-    QDropEvent event(QPointF(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    m_window->dropEvent(&event);
-    QCoreApplication::processEvents();
-    QCOMPARE(titles(), QStringList{text("Odd")});
-}
-
-int main(int argc, char **argv)
-{
-    FileNameCodec::install();
-    const SettingsSandbox sandbox;
-    QApplication application(argc, argv);
-    tst_MainWindow test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+MAIN_WINDOW_TEST_MAIN(tst_MainWindow)
 #include "tst_MainWindow.moc"

@@ -2,6 +2,7 @@
 
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 namespace {
 
@@ -14,6 +15,13 @@ void remember(const QString &path, Settings::Setting setting)
 {
     if (!path.isEmpty())
         Settings::instance().setValue(setting, QFileInfo(path).absolutePath());
+}
+
+/// "abc" of "ABC Files (*.abc)".
+QString suffixOf(const QString &filter)
+{
+    static const QRegularExpression pattern(QStringLiteral("\\*\\.(\\w+)"));
+    return pattern.match(filter).captured(1);
 }
 
 } // namespace
@@ -32,6 +40,22 @@ QString FileDialogs::openFile(QWidget *parent, const QString &caption, const QSt
 {
     QString path = QFileDialog::getOpenFileName(parent, caption, startDirectory(directory), filter);
     remember(path, directory);
+    return path;
+}
+
+QString FileDialogs::saveFile(QWidget *parent, const QString &caption, const QString &filter,
+                              const QString &name, Settings::Setting start,
+                              Settings::Setting chosen)
+{
+    QFileDialog dialog(parent, caption, startDirectory(start), filter);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.setDefaultSuffix(suffixOf(filter));
+    dialog.selectFile(name);
+    if (dialog.exec() != QDialog::Accepted)
+        return {};
+    QString path = dialog.selectedFiles().value(0);
+    remember(path, chosen);
     return path;
 }
 

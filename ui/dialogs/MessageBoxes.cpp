@@ -76,3 +76,22 @@ bool MessageBoxes::warningQuestion(QWidget *parent, const QString &title, const 
 {
     return ask(QMessageBox::Warning, parent, title, text);
 }
+
+MessageBoxes::Answer MessageBoxes::questionOrCancel(QWidget *parent, const QString &title,
+                                                    const QString &text)
+{
+    switch (show(QMessageBox::Question, parent, title, text,
+                 QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel)) {
+    case QMessageBox::Yes:
+        return Answer::Yes;
+    case QMessageBox::No:
+        return Answer::No;
+    default:
+        return Answer::Cancel;
+    }
+}
+
+void MessageBoxes::about(QWidget *parent, const QString &title, const QString &html)
+{
+    QMessageBox::about(parent, title, html);
+}

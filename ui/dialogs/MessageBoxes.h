@@ -18,4 +18,11 @@ bool question(QWidget *parent, const QString &title, const QString &text);
 /// The same with the picture of a warning.
 bool warningQuestion(QWidget *parent, const QString &title, const QString &text);
 
+enum class Answer { Yes, No, Cancel };
+/// With the buttons Yes, No and Cancel. Escape is Cancel.
+Answer questionOrCancel(QWidget *parent, const QString &title, const QString &text);
+
+/// The one that shows markup: `html` is the program's own.
+void about(QWidget *parent, const QString &title, const QString &html);
+
 } // namespace MessageBoxes

@@ -4,9 +4,17 @@
 #include "model/Track.h"
 
 #include <QFrame>
+#include <QPointer>
 #include <QString>
 
+#include <memory>
+
+class ABCEditor;
 class InstrumentSetModel;
+
+namespace Ui {
+class TrackWidget;
+}
 
 /// One track of the song as a row of the main window. It owns the track, and reports what the user
 /// does by signals; it never talks to the player.
@@ -16,10 +24,11 @@ class TrackWidget : public QFrame {
 public:
     TrackWidget(const QString &trackId, const Track &track, InstrumentSetModel *model,
                 QWidget *parent);
+    /// Also closes the row's editor, without a question.
     ~TrackWidget() override;
 
     QString trackId() const { return m_trackId; }
-    Track &track() { return m_track; }
+    Track &track() { return *m_track; }
     Instrument instrument() const;
     void setInstrumentIndex(int index);
 
@@ -71,7 +80,26 @@ public slots:
     void onTransposeUp();
     void onTransposeDown();
 
+protected:
+    /// Keeps the wheel from the instrument box: it belongs to the list of rows.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
-    QString m_trackId;
-    Track m_track;
+    void makeEditMenu();
+    void makeMuteMenu();
+    void connectControls();
+    void showSelection();
+    void showTrack();
+    QString title() const;
+    void save();
+    void replaceTrack(const Track &track);
+    void openEditor();
+    void dismissEditor();
+
+    std::unique_ptr<Ui::TrackWidget> m_ui;
+    const QString m_trackId;
+    QPointer<ABCEditor> m_editor;
+    // The editor has a pointer to it, and shares it for as long as it lives: it may be in the
+    // middle of a call when the row goes.
+    std::shared_ptr<Track> m_track;
 };

@@ -2,11 +2,12 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QBoxLayout>
 #include <QElapsedTimer>
 #include <QGenericPlugin>
+#include <QLabel>
 #include <QMainWindow>
 #include <QTimer>
-#include <QTreeView>
 
 #include <cstdio>
 #include <cstdlib>
@@ -46,12 +47,15 @@ QMainWindow *mainWindow()
     return nullptr;
 }
 
-QString row(const QAbstractItemModel &model, int row)
+/// Of its rows, from the top.
+QStringList titles(const QMainWindow &window)
 {
-    QStringList cells;
-    for (int column = 0; column < model.columnCount(); ++column)
-        cells.append(model.index(row, column).data().toString());
-    return cells.join(QStringLiteral(" | "));
+    const auto *const list = window.findChild<QBoxLayout *>(QStringLiteral("verticalLayout"));
+    QStringList titles;
+    for (int i = 0; i < list->count() - 1; ++i) // the last is a spacer
+        titles.append(
+            list->itemAt(i)->widget()->findChild<QLabel *>(QStringLiteral("lblTitle"))->text());
+    return titles;
 }
 
 bool hasSeen(const QString &dialog)
@@ -66,15 +70,15 @@ bool seeWindow(int rows)
     const QMainWindow *const window = mainWindow();
     if (window == nullptr || QApplication::activeModalWidget() != nullptr)
         return false;
-    const auto *const model = window->findChild<QTreeView *>()->model();
-    if (model->rowCount() != rows)
+    const QStringList tracks = titles(*window);
+    if (tracks.size() != rows)
         return false;
     print(QStringLiteral("window [%1] %2x%3")
               .arg(window->windowTitle())
               .arg(window->width())
               .arg(window->height()));
-    for (int i = 0; i < rows; ++i)
-        print(row(*model, i));
+    for (const QString &track : tracks)
+        print(track);
     return true;
 }
 

@@ -62,6 +62,7 @@ Q_DECLARE_METATYPE(Statement)
 Q_DECLARE_METATYPE(Question)
 Q_DECLARE_METATYPE(Answer)
 Q_DECLARE_METATYPE(QMessageBox::Icon)
+Q_DECLARE_METATYPE(MessageBoxes::Answer)
 
 class TestMessageBoxes : public QObject {
     Q_OBJECT
@@ -190,6 +191,61 @@ private slots:
             QCOMPARE(ask(nullptr, title, text), isYes);
             QVERIFY(answers.isDone());
         }
+    }
+
+    void aQuestionMayBeCancelled()
+    {
+        QWidget window;
+        QVERIFY(show(window));
+        Seen seen;
+        DialogAnswers answers;
+        answers.visit([&](QWidget &box) {
+            seen = look(messageBox(box));
+            press(Qt::Key_Escape);
+        });
+        QCOMPARE(MessageBoxes::questionOrCancel(&window, title, text),
+                 MessageBoxes::Answer::Cancel);
+        QVERIFY(answers.isDone());
+        QCOMPARE(seen.title, title);
+        QCOMPARE(seen.text, text);
+        QCOMPARE(seen.icon, QMessageBox::Question);
+        seen.buttons.sort();
+        QCOMPARE(seen.buttons, texts({"Cancel", "No", "Yes"}));
+        QCOMPARE(seen.defaultButton, QStringLiteral("Yes"));
+        QCOMPARE(seen.parent, &window);
+        QVERIFY(seen.isModal);
+    }
+
+    void eachOfThreeAnswersIsGiven_data()
+    {
+        using MessageBoxes::Answer;
+        QTest::addColumn<::Answer>("answer");
+        QTest::addColumn<Answer>("expected");
+        QTest::newRow("click on Yes")
+            << ::Answer([](QMessageBox &box) { click(box.button(QMessageBox::Yes)); })
+            << Answer::Yes;
+        QTest::newRow("click on No")
+            << ::Answer([](QMessageBox &box) { click(box.button(QMessageBox::No)); }) << Answer::No;
+        QTest::newRow("click on Cancel")
+            << ::Answer([](QMessageBox &box) { click(box.button(QMessageBox::Cancel)); })
+            << Answer::Cancel;
+        QTest::newRow("Alt+Y") << ::Answer([](QMessageBox &) { press(Qt::Key_Y, Qt::AltModifier); })
+                               << Answer::Yes;
+        QTest::newRow("Alt+N") << ::Answer([](QMessageBox &) { press(Qt::Key_N, Qt::AltModifier); })
+                               << Answer::No;
+        QTest::newRow("Enter") << ::Answer([](QMessageBox &) { press(Qt::Key_Return); })
+                               << Answer::Yes;
+        QTest::newRow("Escape") << ::Answer(pressEscape) << Answer::Cancel;
+        QTest::newRow("window closed")
+            << ::Answer([](QMessageBox &box) { box.close(); }) << Answer::Cancel;
+    }
+    void eachOfThreeAnswersIsGiven()
+    {
+        QFETCH(const ::Answer, answer);
+        DialogAnswers answers;
+        answers.visit([&](QWidget &box) { answer(messageBox(box)); });
+        QTEST(MessageBoxes::questionOrCancel(nullptr, title, text), "expected");
+        QVERIFY(answers.isDone());
     }
 
     void markupIsShownAsItIs_data()

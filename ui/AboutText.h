@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QString>
+
+/// What the about box says, as rich text of our own.
+QString aboutText(const QString &version);
