@@ -184,5 +184,5 @@ void MainWindow::onUpdateFailed(const QString &error)
 
 void MainWindow::showSoundProblem(const QString &problem)
 {
-    m_soundProblem->setLine(problem);
+    m_soundProblem->setProblem(problem);
 }
