@@ -17,6 +17,7 @@ private slots:
     void removedIdsComeBackAfterAClearOnly();
     void newRowsAreAtTheBottom();
     void aNewTrackIsEmpty();
+    void rowsMadeOfOthersScrollIntoView();
 
     void theInstrumentIsChosen_data();
     void theInstrumentIsChosen();
@@ -129,6 +130,24 @@ void tst_MainWindowTracks::aNewTrackIsEmpty()
     m_stage->trigger("actionNew_Track");
     QCOMPARE(m_stage->row("T1")->track(), Track());
     QCOMPARE(titles(), text("Untitled"));
+}
+
+void tst_MainWindowTracks::rowsMadeOfOthersScrollIntoView()
+{
+    const auto isSeen = [this](const char *id) {
+        const TrackWidget *const row = m_stage->row(id);
+        return row->visibleRegion().boundingRect() == row->rect();
+    };
+    m_stage->pasteTunes(12);
+    QTRY_VERIFY(isSeen("T1"));
+    QVERIFY(!isSeen("T12"));
+    m_stage->trigger("actionNew_Track");
+    QTRY_VERIFY(isSeen("T13"));
+    m_stage->select({text("T1"), text("T2")});
+    m_stage->trigger("actionMerge_Selected");
+    QTRY_VERIFY(isSeen("T14"));
+    m_stage->trigger("actionDuplicate_Selected");
+    QTRY_VERIFY(isSeen("T16"));
 }
 
 void tst_MainWindowTracks::theInstrumentIsChosen_data()
