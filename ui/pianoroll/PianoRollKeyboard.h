@@ -1,15 +1,34 @@
 #pragma once
 
+#include "ui/pianoroll/PianoKeys.h"
+
+#include <QGraphicsScene>
 #include <QGraphicsView>
 
-/// The keyboard beside the piano roll, whose keys can be seen pressed.
+#include <array>
+
+class PianoRollKey;
+
+/// The keyboard beside the piano roll, whose keys can be seen pressed. It scrolls vertically with
+/// the view that it was made for.
 class PianoRollKeyboard : public QGraphicsView {
     Q_OBJECT
 
 public:
-    explicit PianoRollKeyboard(QGraphicsView *view);
+    /// A child of `view`, which scales it. `width` is in pixels.
+    PianoRollKeyboard(QGraphicsView *view, int width);
 
+    /// These ignore notes that have no key.
     void pressKey(int note);
     void releaseKey(int note);
     void releaseAll();
+
+private:
+    void setUpView();
+    void addKeys();
+    PianoRollKey *key(int note) const;
+
+    QGraphicsScene m_scene; // owns the keys
+    QGraphicsView *m_view;
+    std::array<PianoRollKey *, PianoKeys::Count> m_keys{};
 };
