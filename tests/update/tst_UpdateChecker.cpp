@@ -270,6 +270,25 @@ private slots:
         QVERIFY(watch.isWithinLimits());
     }
 
+    void endlessHeadersAreNotFetched_data()
+    {
+        QTest::addColumn<QByteArray>("piece");
+        QTest::newRow("many") << QByteArray("X: yyyyyyyyyy\r\n").repeated(4096);
+        QTest::newRow("one") << QByteArray(65536, 'y');
+    }
+    void endlessHeadersAreNotFetched()
+    {
+        QFETCH(const QByteArray, piece);
+        const qint64 before = m_server->sentBytes();
+        m_server->setAnswer(HttpAnswers::flood("HTTP/1.1 200 OK\r\nX: ", piece));
+        Check check;
+        check.checker.setTimeLimit(300ms);
+        const ResourceWatch watch;
+        QCOMPARE(check.run(), QStringLiteral("Operation canceled"));
+        QVERIFY(m_server->sentBytes() - before < 32 * 1024 * 1024);
+        QVERIFY(watch.isWithinLimits());
+    }
+
     void whoeverIsSlowToHearOfItFetchesNoMore()
     {
         const qint64 before = m_server->sentBytes();

@@ -10,6 +10,7 @@
 #include <QEvent>
 #include <QSignalMapper>
 
+#include <algorithm>
 #include <utility>
 
 namespace {
@@ -169,7 +170,12 @@ void PreferencesDialog::load()
 
 template <typename Record> const Record *PreferencesDialog::record(int key) const
 {
-    return dynamic_cast<const Record *>(m_records.value(Settings::Setting(key)).get());
+    // As numbers: one that is no setting cannot be made into one.
+    const auto found = std::find_if(m_records.keyBegin(), m_records.keyEnd(),
+                                    [key](Settings::Setting setting) { return setting == key; });
+    return found == m_records.keyEnd()
+        ? nullptr
+        : dynamic_cast<const Record *>(m_records.value(*found).get());
 }
 
 void PreferencesDialog::setColor(int key, const QColor &color)
