@@ -364,7 +364,6 @@ void TrackWidget::replaceTrack(const Track &track)
 void TrackWidget::openEditor()
 {
     auto *const editor = new ABCEditor(m_track.get());
-    editor->setAttribute(Qt::WA_DeleteOnClose);
     // The program ends with the main window.
     editor->setAttribute(Qt::WA_QuitOnClose, false);
     connect(editor, &QObject::destroyed, [track = m_track] { Q_UNUSED(track) });
