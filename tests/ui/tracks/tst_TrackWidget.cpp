@@ -352,12 +352,13 @@ private slots:
     {
         QVERIFY(show(*m_row));
         QString seen;
-        QTimer::singleShot(0, this, [&] {
+        const auto look = [&] {
             auto *const menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
             QVERIFY(menu != nullptr);
             seen = entries(menu).join(QLatin1Char(','));
             menu->close();
-        });
+        };
+        QMetaObject::invokeMethod(this, look, Qt::QueuedConnection);
         auto *const button = find<QWidget>("btnMute");
         QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5),
                                 button->mapToGlobal(QPoint(5, 5)));
