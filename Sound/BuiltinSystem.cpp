@@ -2,6 +2,7 @@
 
 #include "Sound/ChannelPool.h"
 #include "Sound/Decoder.h"
+#include "Sound/LiveAhead.h"
 #include "Sound/LiveMix.h"
 #include "Sound/LiveStatus.h"
 #include "Sound/ReplacingFile.h"
@@ -80,13 +81,14 @@ public:
     /// From errno; 0 while nothing went wrong or the reason is not known.
     int outputError() const { return m_outputError; }
 
+    bool isLive() const { return m_liveOutput != nullptr; }
+    void prepareAhead(const FMOD::Sound &sound, double pitch);
     std::string liveProblem() const;
     std::uint64_t lateStarts() const;
     std::uint64_t missedFrames() const;
 
 private:
     bool isInitialised() const { return m_channels != nullptr; }
-    bool isLive() const { return m_liveOutput != nullptr; }
     FMOD_RESULT initOutput(void *extraDriverData);
     FMOD_RESULT openWriter(const char *fileName);
     FMOD_RESULT startLive();
@@ -372,6 +374,21 @@ bool BuiltinSystem::abandon()
     return m_abandoned;
 }
 
+void BuiltinSystem::prepareAhead(const FMOD::Sound &sound, double pitch)
+{
+    const auto found = m_sounds.find(&sound);
+    if (!isLive() || found == m_sounds.end())
+        return;
+    const ChannelSound &heard = found->second->sound();
+    const auto frequency = static_cast<float>(double{static_cast<float>(heard.rate)} * pitch);
+    SampleCache::Sample prepared; // the cache keeps it
+    try {
+        m_cache.prepare(heard.samples, double{frequency}, prepared);
+    } catch (const std::bad_alloc &) {
+        return; // the note will tell
+    }
+}
+
 std::string BuiltinSystem::liveProblem() const
 {
     return isLive() ? m_liveOutput->problem() : m_startProblem;
@@ -433,4 +450,16 @@ std::uint64_t LiveStatus::missedFrames(FMOD::System &system)
 {
     const auto *const builtin = dynamic_cast<const BuiltinSystem *>(&system);
     return builtin != nullptr ? builtin->missedFrames() : 0;
+}
+
+bool LiveAhead::isPossible(FMOD::System &system)
+{
+    const auto *const builtin = dynamic_cast<const BuiltinSystem *>(&system);
+    return builtin != nullptr && builtin->isLive();
+}
+
+void LiveAhead::prepare(FMOD::System &system, const FMOD::Sound &sound, double pitch)
+{
+    if (auto *const builtin = dynamic_cast<BuiltinSystem *>(&system))
+        builtin->prepareAhead(sound, pitch);
 }
