@@ -10,6 +10,7 @@
 #include "Sound/WaveOutput.h"
 #include "Sound/WaveWriter.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <memory>
@@ -17,11 +18,27 @@
 #include <system_error>
 #include <unordered_map>
 
+#include <unistd.h>
+
 namespace {
 
 constexpr std::size_t BlockFrames = 1024;
-constexpr std::size_t CacheBytes = std::size_t{256} * 1024 * 1024;
+constexpr std::size_t SmallestCache = std::size_t{256} * 1024 * 1024;
+constexpr std::size_t LargestCache = std::size_t{1024} * 1024 * 1024;
 constexpr FMOD_MODE KnownModes = FMOD_2D | FMOD_SOFTWARE | FMOD_CREATESAMPLE | FMOD_OPENMEMORY;
+
+/// An eighth of the memory. With hundreds of different notes at a time a small cache would drop
+/// each shortly before it comes again.
+std::size_t cacheBytes()
+{
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageBytes = sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || pageBytes <= 0)
+        return SmallestCache;
+    const std::size_t share =
+        static_cast<std::size_t>(pages) / 8 * static_cast<std::size_t>(pageBytes);
+    return std::clamp(share, SmallestCache, LargestCache);
+}
 
 class BuiltinSystem;
 
@@ -132,7 +149,7 @@ FMOD_RESULT BuiltinChannelGroup::release()
 BuiltinSystem::BuiltinSystem(unsigned threads, AudioOutputFactory outputs)
     : m_outputs(std::move(outputs))
     , m_pool(threads)
-    , m_cache(WaveHeader::SampleRate, CacheBytes, m_pool)
+    , m_cache(WaveHeader::SampleRate, cacheBytes(), m_pool)
 {
 }
 
