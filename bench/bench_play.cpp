@@ -71,6 +71,7 @@ Score evenScore(int parts, int sounding, int length, int seconds)
     const int notes = seconds * Score::TicksPerSecond / score.step;
     for (int part = 0; part < parts; ++part) {
         std::vector<quint32> pitches;
+        pitches.reserve(static_cast<std::size_t>(notes));
         for (int i = 0; i < notes; ++i)
             pitches.push_back(LowestPitch + static_cast<quint32>(i + part) % pitchesInUse);
         score.parts.push_back(pitches);
@@ -120,6 +121,7 @@ std::vector<Instrument> makeInstruments(const QTemporaryDir &dir, const Sounds &
                                         quint32 apart)
 {
     std::vector<Instrument> instruments;
+    instruments.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         instruments.push_back(
             makeInstrument(dir.filePath(QStringLiteral("%1-%2").arg(apart).arg(i)), sounds, apart));
@@ -129,7 +131,7 @@ std::vector<Instrument> makeInstruments(const QTemporaryDir &dir, const Sounds &
 /// On the worker's thread: how long the event loop there, and with it the next pass, is delayed.
 void watchPasses(const std::shared_ptr<std::atomic<qint64>> &longest)
 {
-    auto *const timer = new QTimer; // goes with its thread
+    QTimer *const timer = std::make_unique<QTimer>().release(); // goes with its thread
     auto sinceLast = std::make_shared<QElapsedTimer>();
     sinceLast->start();
     timer->setTimerType(Qt::PreciseTimer);
