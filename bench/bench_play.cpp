@@ -55,7 +55,10 @@ struct Watch {
 void wait(int seconds)
 {
     QEventLoop loop;
-    QTimer::singleShot(seconds * 1000, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    QTimer timer;
+    timer.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
+    timer.start(seconds * 1000);
     loop.exec();
 }
 
