@@ -1040,7 +1040,7 @@ private slots:
         makeRow(withPitches({108, 107}));
         m_row->onEditABCClicked();
         QTRY_VERIFY(pianoRoll()->isVisible());
-        const auto seen = [this] { return pianoRoll()->grab().toImage(); };
+        const auto seen = [] { return pianoRoll()->grab().toImage(); };
         const QImage silent = seen();
         m_row->setNoteState(1, true);
         QVERIFY(seen() != silent);
