@@ -165,10 +165,9 @@ void PianoRollView::resizeEvent(QResizeEvent *event)
     centreNotes();
 }
 
-// The graphics view's would move it.
-void PianoRollView::showEvent(QShowEvent *event)
+// Without the graphics view's, which would move it to a place of earlier.
+void PianoRollView::showEvent(QShowEvent *)
 {
-    QAbstractScrollArea::showEvent(event);
     centreNotes();
 }
 
