@@ -3,6 +3,7 @@
 #include "Player/ActiveNote.h"
 #include "Player/MessageThrottle.h"
 #include "Player/NoteScheduler.h"
+#include "Player/SampleForesight.h"
 #include "Player/SoundCache.h"
 #include "Player/TrackInfo.h"
 
@@ -123,7 +124,7 @@ private:
     quint64 groupInstant(const QString &syncGroup);
     void startTrack(const QString &trackId, const TrackInfo &prepared, quint64 originDsp);
     FMOD::ChannelGroup *makeGroup(const QString &trackId);
-    static void seekTrack(TrackInfo &info, quint64 tickPos, quint64 now);
+    void seekTrack(const QString &trackId, TrackInfo &info, quint64 tickPos, quint64 now);
     TrackInfo *findTrack(const QString &trackId);
 
     FmodCheck check() const;
@@ -136,6 +137,7 @@ private:
     bool m_isTerminated = false;
     SoundCache m_sounds;
     NoteScheduler m_scheduler;
+    SampleForesight m_foresight;
     QMap<QString, TrackInfo> m_tracks; // played in the order of their ids, as they are rendered
     QHash<QString, quint64> m_syncGroups;
     ActiveNotes m_notes;

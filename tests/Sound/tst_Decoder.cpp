@@ -1,6 +1,6 @@
 #include "Sound/Decoder.h"
 #include "SoundFiles.h"
-#include "TestSupport/ResourceWatch.h"
+#include "support/ResourceWatch.h"
 #include "WholeSample.h"
 
 #include <QFile>
