@@ -87,7 +87,8 @@ signals:
     void allTracksStopped();
     /// In ticks, at most once in 25 ms.
     void trackPositionChanged(const QString &trackId, quint64 position);
-    // These two are at the same time what the passes over the notes call.
+    // These two are at the same time what the passes over the notes call: a receiver on the
+    // worker's own thread must not call its slots there and then.
     void notePressed(const QString &trackId, uint eventIndex) override;
     void noteReleased(const QString &trackId, uint eventIndex) override;
     /// Why no sound comes out, ready to be shown; empty as soon as it does again.
