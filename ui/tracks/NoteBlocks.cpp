@@ -5,7 +5,7 @@
 NoteBlocks::NoteBlocks(const QVector<TrackEvent> &events)
 {
     constexpr double Never = std::numeric_limits<double>::infinity();
-    m_blocks.reserve(static_cast<size_t>(events.size() / Size + 1));
+    m_blocks.reserve(static_cast<size_t>(events.size()) / Size + 1);
     for (int i = 0; i < events.size(); ++i) {
         if (i % Size == 0)
             m_blocks.push_back({Never, -Never});

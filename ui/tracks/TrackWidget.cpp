@@ -11,6 +11,8 @@
 #include <QAction>
 #include <QEvent>
 #include <QFileInfo>
+#include <QHash>
+#include <QIcon>
 #include <QMenu>
 
 #include <cmath>
@@ -29,13 +31,26 @@ const QString SelectedStyle = QStringLiteral(
 constexpr float VolumeSteps = 100.0F;
 constexpr float PanSteps = 10.0F;
 
+constexpr QSize PictureSize(32, 16);
+
 /// A window's title goes to the desktop as a whole, which does not take megabytes.
 constexpr int LongestCaptionTitle = 200;
 
-QAction *addEntry(QWidget *menu, const char *icon, const QString &text)
+/// Of one picture for all rows: an icon decodes its files when it is made, and keeps them.
+QIcon icon(const char *name)
 {
-    auto *const action =
-        new QAction(QIcon(QStringLiteral(":/icons/%1.png").arg(QLatin1String(icon))), text, menu);
+    static QHash<QString, QIcon> icons;
+    if (icons.isEmpty())
+        qAddPostRoutine([] { icons.clear(); });
+    QIcon &icon = icons[QLatin1String(name)];
+    if (icon.isNull())
+        icon = QIcon(QStringLiteral(":/icons/%1.png").arg(QLatin1String(name)));
+    return icon;
+}
+
+QAction *addEntry(QWidget *menu, const char *iconName, const QString &text)
+{
+    auto *const action = new QAction(icon(iconName), text, menu);
     menu->addAction(action);
     return action;
 }
@@ -70,6 +85,7 @@ TrackWidget::TrackWidget(const QString &trackId, const Track &track, InstrumentS
     , m_track(std::make_shared<Track>(track))
 {
     m_ui->setupUi(this);
+    setUpLooks();
     showSelection();
     makeEditMenu();
     makeMuteMenu();
@@ -248,6 +264,21 @@ bool TrackWidget::eventFilter(QObject *watched, QEvent *event)
     return !isWanted;
 }
 
+/// What the form does not say: shared pictures, and a title that stands out on the row's own light
+/// ground when the desktop is dark.
+void TrackWidget::setUpLooks()
+{
+    m_ui->btnDelete->setIcon(icon("deletetrack"));
+    m_ui->btnEdit->setIcon(icon("edittrack"));
+    m_ui->btnUp->setIcon(icon("moveup"));
+    m_ui->btnDown->setIcon(icon("movedown"));
+    m_ui->label->setPixmap(icon("speaker-volume").pixmap(PictureSize));
+    m_ui->label_2->setPixmap(icon("speaker-panning").pixmap(PictureSize));
+    QPalette palette = m_ui->lblTitle->palette();
+    palette.setColor(QPalette::WindowText, Qt::black);
+    m_ui->lblTitle->setPalette(palette);
+}
+
 void TrackWidget::makeEditMenu()
 {
     QWidget *const menu = m_ui->btnEdit;
@@ -333,7 +364,6 @@ void TrackWidget::replaceTrack(const Track &track)
 void TrackWidget::openEditor()
 {
     auto *const editor = new ABCEditor(m_track.get());
-    editor->setAttribute(Qt::WA_DeleteOnClose);
     // The program ends with the main window.
     editor->setAttribute(Qt::WA_QuitOnClose, false);
     connect(editor, &QObject::destroyed, [track = m_track] { Q_UNUSED(track) });

@@ -85,6 +85,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void setUpLooks();
     void makeEditMenu();
     void makeMuteMenu();
     void connectControls();

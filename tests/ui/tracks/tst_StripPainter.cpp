@@ -9,7 +9,7 @@
 namespace {
 
 constexpr QSize Size(200, 61);
-constexpr quint64 Length = 64 * Ticks::PerWholeNote + 999;
+constexpr quint64 Length = quint64(64) * Ticks::PerWholeNote + 999;
 
 Track manyNotes()
 {

@@ -331,7 +331,7 @@ private slots:
         QFETCH(const QSize, size);
         QFETCH(const int, notes);
         QFETCH(const bool, hasMeasureLines);
-        constexpr quint64 Length = 100 * Ticks::PerWholeNote;
+        constexpr quint64 Length = quint64(100) * Ticks::PerWholeNote;
         set(Settings::DrawMeasureLines, hasMeasureLines);
         const Track track = randomTrack(notes, Length);
         makeStrip(size);
@@ -362,7 +362,7 @@ private slots:
     void aPartIsPaintedAsInTheWhole()
     {
         QFETCH(const QSize, part);
-        constexpr quint64 Length = 50 * Ticks::PerWholeNote + 12345;
+        constexpr quint64 Length = quint64(50) * Ticks::PerWholeNote + 12345;
         set(Settings::DrawMeasureLines, true);
         makeStrip(QSize(301, 61));
         Track track = randomTrack(2000, Length);

@@ -7,6 +7,7 @@
 #include "support/SettingsSandbox.h"
 #include "support/WidgetDriver.h"
 #include "ui/editor/ABCEditor.h"
+#include "ui/pianoroll/PianoRollView.h"
 #include "ui/tracks/TrackVisualizationWidget.h"
 #include "ui/tracks/TrackWidget.h"
 
@@ -20,6 +21,7 @@
 #include <QLayout>
 #include <QMenu>
 #include <QMetaMethod>
+#include <QPlainTextEdit>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -162,6 +164,23 @@ private:
         return nullptr;
     }
 
+    static QPlainTextEdit *editorText() { return openEditor()->findChild<QPlainTextEdit *>(); }
+    static void edit(const QString &tune)
+    {
+        editorText()->selectAll();
+        editorText()->insertPlainText(tune);
+    }
+    static PianoRollView *pianoRoll() { return openEditor()->findChild<PianoRollView *>(); }
+
+    static QString positionLabel()
+    {
+        for (const QLabel *const label : openEditor()->findChildren<QLabel *>()) {
+            if (label->text().startsWith(QStringLiteral("Pos: ")))
+                return label->text();
+        }
+        return {};
+    }
+
     QString saved(const char *name) const { return m_home->path() + QLatin1Char('/') + text(name); }
 
 private slots:
@@ -178,6 +197,7 @@ private slots:
     void init()
     {
         Settings::instance().setValue(Settings::DirAbcSave, m_home->path());
+        Settings::instance().setValue(Settings::PianoRollVisible, false);
         makeRow();
     }
 
@@ -332,12 +352,13 @@ private slots:
     {
         QVERIFY(show(*m_row));
         QString seen;
-        QTimer::singleShot(0, this, [&] {
+        const auto look = [&] {
             auto *const menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
             QVERIFY(menu != nullptr);
             seen = entries(menu).join(QLatin1Char(','));
             menu->close();
-        });
+        };
+        QMetaObject::invokeMethod(this, look, Qt::QueuedConnection);
         auto *const button = find<QWidget>("btnMute");
         QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5),
                                 button->mapToGlobal(QPoint(5, 5)));
@@ -357,6 +378,14 @@ private slots:
     {
         const QIcon icon = find<QToolButton>(QTest::currentDataTag())->icon();
         QTEST(pictureName(icon), "icon");
+    }
+
+    void dialsHaveTheirPictures()
+    {
+        QCOMPARE(find<QLabel>("label")->pixmap(Qt::ReturnByValue).toImage(),
+                 QPixmap(QStringLiteral(":/icons/speaker-volume.png")).toImage());
+        QCOMPARE(find<QLabel>("label_2")->pixmap(Qt::ReturnByValue).toImage(),
+                 QPixmap(QStringLiteral(":/icons/speaker-panning.png")).toImage());
     }
 
     void entriesHaveTheirPictures_data()
@@ -934,6 +963,91 @@ private slots:
         QCOMPARE(stop.count(), 1);
     }
 
+    void whatIsAppliedInTheEditorIsInTheRow()
+    {
+        makeRow(titled("Old"));
+        m_row->onEditABCClicked();
+        const QSignalSpy changed(m_row, &TrackWidget::trackChanged);
+        edit(QStringLiteral("X:1\nT:New\nL:1/4\nK:C\nC E G\n"));
+        QCOMPARE(title(), QStringLiteral("Old"));
+        QTRY_VERIFY(openEditor()->isActiveWindow());
+        press(Qt::Key_F6);
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(title(), QStringLiteral("New"));
+        QCOMPARE(pitches(m_row->track()), (QVector<quint32>{60, 64, 67}));
+    }
+
+    void aTransposedTrackIsReloadedByTheEditor()
+    {
+        makeRow(withPitches({60}));
+        m_row->onEditABCClicked();
+        m_row->onTransposeUp();
+        QCOMPARE(editorText()->toPlainText(), m_row->track().abc());
+        QVERIFY(!editorText()->document()->isModified());
+        QVERIFY(editorText()->toPlainText().contains(QLatin1Char('c')));
+    }
+
+    void theEditorsTitleFollowsTheFileName()
+    {
+        m_row->onEditABCClicked();
+        DialogAnswers answers;
+        answers.choose(saved("named.abc"));
+        m_row->onSaveAs();
+        QCOMPARE(openEditor()->windowTitle(),
+                 QStringLiteral("ABC Editor (named.abc) - Quillmoor Composer"));
+    }
+
+    void theRowSavesItsTrackAndNotWhatTheEditorHasNotApplied()
+    {
+        Track track = titled("A");
+        track.setAbc(QStringLiteral("X:1\nT:A\nK:C\nC\n"));
+        track.setFileName(saved("unapplied.abc"));
+        makeRow(track);
+        m_row->onEditABCClicked();
+        edit(QStringLiteral("X:1\nT:A\nK:C\nD\n"));
+        m_row->onSave();
+        QCOMPARE(contents(saved("unapplied.abc")), QByteArray("X:1\nT:A\nK:C\nC\n"));
+        QVERIFY(editorText()->document()->isModified());
+    }
+
+    void theEditorIsToldWhereThePlayerIs()
+    {
+        m_row->onEditABCClicked();
+        m_row->setPlaying(true);
+        m_row->setPosition(45360);
+        QCOMPARE(positionLabel(), QStringLiteral("Pos: 1:02:50"));
+        m_row->setPlaying(false);
+        QCOMPARE(positionLabel(), QStringLiteral("Pos: 1:01:00"));
+    }
+
+    void aNewEditorIsToldWhetherTheTrackPlays()
+    {
+        Settings::instance().setValue(Settings::PianoRollVisible, true);
+        QImage seen[2];
+        for (const bool isPlaying : {false, true}) {
+            makeRow(withPitches({60}));
+            m_row->setPlaying(isPlaying);
+            m_row->onEditABCClicked();
+            m_row->setPosition(30240);
+            seen[int(isPlaying)] = pianoRoll()->grab().toImage();
+        }
+        QVERIFY(seen[0] != seen[1]);
+    }
+
+    void theEditorShowsWhichNotesSound()
+    {
+        Settings::instance().setValue(Settings::PianoRollVisible, true);
+        makeRow(withPitches({108, 107}));
+        m_row->onEditABCClicked();
+        QTRY_VERIFY(pianoRoll()->isVisible());
+        const auto seen = [] { return pianoRoll()->grab().toImage(); };
+        const QImage silent = seen();
+        m_row->setNoteState(1, true);
+        QVERIFY(seen() != silent);
+        m_row->setNoteState(1, false);
+        QCOMPARE(seen(), silent);
+    }
+
     void notesWithoutAnEditorAreDropped()
     {
         m_row->setNoteState(0, true);
@@ -959,12 +1073,22 @@ private slots:
         QVERIFY(editor.isNull());
     }
 
+    void theEditorOfARemovedRowLeavesThePianoRollOn()
+    {
+        Settings::instance().setValue(Settings::PianoRollVisible, true);
+        m_row->onEditABCClicked();
+        QTRY_VERIFY(pianoRoll()->isVisible());
+        delete m_row;
+        QVERIFY(Settings::instance().value(Settings::PianoRollVisible).toBool());
+    }
+
     void aRowMayGoWhileItsEditorIsCalling()
     {
         m_row->onEditABCClicked();
         const QPointer<ABCEditor> editor = openEditor();
         connect(m_row, &TrackWidget::trackChanged, this, [this] { delete m_row; });
-        emit editor->trackChanged();
+        edit(QStringLiteral("X:1\nT:New\nL:1/4\nK:C\nC E G\n"));
+        QVERIFY(editor->onApply());
         QVERIFY(m_row.isNull());
         QVERIFY(!editor.isNull());
         QVERIFY(!editor->isVisible());
@@ -982,6 +1106,16 @@ private slots:
     }
 
     // The title
+
+    void theTitleStandsOutOnADarkDesktop()
+    {
+        const QPalette light = QApplication::palette();
+        QApplication::setPalette(QPalette(QColor(53, 53, 53), QColor(42, 42, 42)));
+        makeRow(titled("Dark"));
+        const auto *const label = find<QLabel>("lblTitle");
+        QCOMPARE(label->palette().color(label->foregroundRole()), QColor(Qt::black));
+        QApplication::setPalette(light);
+    }
 
     void aLongTitleIsShownByATip()
     {
