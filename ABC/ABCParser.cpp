@@ -75,6 +75,12 @@ void ABCParser::fail(const QString &message) const
     throw message.arg(m_tokens->tokenLine() + 1).arg(m_tokens->tokenColumn() + 1);
 }
 
+void ABCParser::checkCount() const
+{
+    if (m_track.eventCount() + EventsPerHeader * m_track.allHeaders().size() > LargestCount)
+        throw QStringLiteral("The ABC tune has too many events.");
+}
+
 void ABCParser::readHeader()
 {
     QString field;
@@ -101,6 +107,7 @@ void ABCParser::readHeaderField(QString &lastField)
 {
     lastField = m_tokens->field();
     m_track.addHeader(lastField, m_tokens->value().trimmed());
+    checkCount();
 }
 
 void ABCParser::readHeaderComment()
@@ -238,6 +245,7 @@ void ABCParser::readField()
     } else if (field == QLatin1String("M")) {
         readMeter(value);
     }
+    checkCount();
 }
 
 void ABCParser::readUnitLength(const QString &value)
@@ -360,6 +368,7 @@ void ABCParser::addNote(const TrackEvent &note, Place place)
         m_ties.addSingle(note, m_tokens->tie(), m_track);
     else
         m_ties.add(note, m_tokens->tie(), m_track);
+    checkCount();
 }
 
 qint64 ABCParser::pitchOfNote()

@@ -20,10 +20,16 @@
 /// ratio (of 1, or above 9) leaves its notes as they are. Times that grow past 64 bits wrap.
 class ABCParser {
 public:
+    /// The most events of a tune: far beyond any music, and twice as many as a MIDI file may bring,
+    /// so that what was made of one can be read again. To read that many takes 300 MB.
+    static constexpr int LargestCount = 4000000;
+    /// A header field, which takes more memory than an event, counts for more.
+    static constexpr int EventsPerHeader = 4;
+
     /// Throws a QString that says where the text cannot be understood: "Unexpected token found
     /// in ABC header: line %1, column %2.", "Unknown token found in ABC body at line %1, column
-    /// %2." or "Unexpected token found in chord at line %1, column %2.". Smaller problems are
-    /// warnings in the message log.
+    /// %2." or "Unexpected token found in chord at line %1, column %2."; and "The ABC tune has too
+    /// many events." beyond LargestCount. Smaller problems are warnings in the message log.
     Track parse(const QString &text);
 
 private:
@@ -31,6 +37,7 @@ private:
     void readHeaderField(QString &lastField);
     void readHeaderComment();
     [[noreturn]] void fail(const QString &message) const;
+    void checkCount() const;
 
     void startFromHeader();
     void startMeter();

@@ -61,6 +61,7 @@ PlayerWorker::PlayerWorker(SystemFactory createSystem, SystemFactory createFallb
     , m_sounds(check())
     , m_scheduler(m_sounds, check(), &InstrumentSample::randomFile,
                   [this](const QString &message) { logFailure(message); })
+    , m_foresight(m_sounds)
 {
     m_timer = new QTimer(this); // only now: event() hears of it
     m_timer->setTimerType(Qt::PreciseTimer);
@@ -194,8 +195,10 @@ void PlayerWorker::update()
     for (const QString &trackId : trackIds)
         passTrack(trackId, clock);
     fadeAndStop(m_notes, clock.now, check(), this);
-    if (m_system)
-        checkErrors(m_system->update());
+    if (!m_system)
+        return;
+    checkErrors(m_system->update());
+    m_foresight.look(*m_system, m_tracks, clock);
 }
 
 /// Before any track has its pass: one that fails ends the whole pass.
@@ -294,6 +297,7 @@ void PlayerWorker::startTrack(const QString &trackId, const TrackInfo &prepared,
     info.originDsp = originDsp;
     info.channelGroup = makeGroup(trackId);
     m_tracks.insert(trackId, info);
+    m_foresight.restart(trackId);
     m_sounds.forgetFailures();
     emit trackStarted(trackId);
 }
@@ -318,6 +322,7 @@ void PlayerWorker::changeInstrument(const QString &trackId, const Instrument &in
     TrackInfo *const info = findTrack(trackId);
     if (!info)
         return;
+    m_foresight.restart(trackId);
     info->instrument = instrument;
     info->unplayable = false;
     info->failedEvent.reset();
@@ -338,7 +343,7 @@ void PlayerWorker::setPan(const QString &trackId, float pan)
 void PlayerWorker::seek(const QString &trackId, quint64 tickPos)
 {
     if (TrackInfo *const info = findTrack(trackId))
-        seekTrack(*info, tickPos, DspClock::now(*m_system, check()));
+        seekTrack(trackId, *info, tickPos, DspClock::now(*m_system, check()));
 }
 
 /// All from one reading of the clock, or they would not stay together.
@@ -347,12 +352,13 @@ void PlayerWorker::seekAll(quint64 tickPos)
     if (m_tracks.isEmpty())
         return;
     const quint64 now = DspClock::now(*m_system, check());
-    for (TrackInfo &info : m_tracks)
-        seekTrack(info, tickPos, now);
+    for (auto info = m_tracks.begin(); info != m_tracks.end(); ++info)
+        seekTrack(info.key(), *info, tickPos, now);
 }
 
-void PlayerWorker::seekTrack(TrackInfo &info, quint64 tickPos, quint64 now)
+void PlayerWorker::seekTrack(const QString &trackId, TrackInfo &info, quint64 tickPos, quint64 now)
 {
+    m_foresight.restart(trackId);
     info.originDsp = now;
     info.originTick = tickPos;
     info.ticksPerMinute = info.track.ticksPerMinute();
@@ -377,6 +383,7 @@ void PlayerWorker::stopAll()
     m_notes.clear();
     m_tracks.clear();
     m_syncGroups.clear();
+    m_foresight.restartAll();
     emit allTracksStopped();
 }
 

@@ -3,6 +3,7 @@
 #include "Player/ActiveNote.h"
 #include "Player/MessageThrottle.h"
 #include "Player/NoteScheduler.h"
+#include "Player/SampleForesight.h"
 #include "Player/SoundCache.h"
 #include "Player/TrackInfo.h"
 
@@ -87,7 +88,8 @@ signals:
     void allTracksStopped();
     /// In ticks, at most once in 25 ms.
     void trackPositionChanged(const QString &trackId, quint64 position);
-    // These two are at the same time what the passes over the notes call.
+    // These two are at the same time what the passes over the notes call: a receiver on the
+    // worker's own thread must not call its slots there and then.
     void notePressed(const QString &trackId, uint eventIndex) override;
     void noteReleased(const QString &trackId, uint eventIndex) override;
     /// Why no sound comes out, ready to be shown; empty as soon as it does again.
@@ -122,7 +124,7 @@ private:
     quint64 groupInstant(const QString &syncGroup);
     void startTrack(const QString &trackId, const TrackInfo &prepared, quint64 originDsp);
     FMOD::ChannelGroup *makeGroup(const QString &trackId);
-    static void seekTrack(TrackInfo &info, quint64 tickPos, quint64 now);
+    void seekTrack(const QString &trackId, TrackInfo &info, quint64 tickPos, quint64 now);
     TrackInfo *findTrack(const QString &trackId);
 
     FmodCheck check() const;
@@ -135,6 +137,7 @@ private:
     bool m_isTerminated = false;
     SoundCache m_sounds;
     NoteScheduler m_scheduler;
+    SampleForesight m_foresight;
     QMap<QString, TrackInfo> m_tracks; // played in the order of their ids, as they are rendered
     QHash<QString, quint64> m_syncGroups;
     ActiveNotes m_notes;

@@ -18,6 +18,12 @@ public:
     /// thrown again, without a look at the file, until forgetFailures().
     FMOD::Sound *sound(FMOD::System &system, const QString &path);
 
+    /// Whether sound() answers or throws without a look at the file.
+    bool isKnown(const QString &path) const
+    {
+        return m_sounds.contains(path) || m_failures.contains(path);
+    }
+
     /// Paths whose loading threw are tried again the next time.
     void forgetFailures() { m_failures.clear(); }
 

@@ -1,5 +1,7 @@
 #include "Player/TrackPlayer.h"
 
+#include "Sound/ThreadPriority.h"
+
 #include <QThread>
 
 #include <utility>
@@ -37,6 +39,8 @@ void TrackPlayer::dropWorker()
 void TrackPlayer::connectWorker()
 {
     PlayerWorker *const from = m_worker;
+    // A pass that comes too late is heard; what this thread does takes little of the machine.
+    connect(m_thread, &QThread::started, from, &ThreadPriority::prefer, Qt::DirectConnection);
     // Queued, quit() would wait for the event loop of this thread, which the destructor blocks.
     connect(from, &PlayerWorker::finished, m_thread, &QThread::quit, Qt::DirectConnection);
     connect(from, &PlayerWorker::finished, from, &PlayerWorker::deleteLater);

@@ -29,6 +29,8 @@ void AudioGate::open()
     m_isRacing.store(false, std::memory_order_relaxed);
     m_deviceFrames.store(0, std::memory_order_relaxed);
     m_lastPull.store(0, std::memory_order_relaxed);
+    m_lastLongPause.store(0, std::memory_order_relaxed);
+    m_patience.store(nanoseconds(Patience).count(), std::memory_order_relaxed);
     m_opened.store(steadyNanoseconds(), std::memory_order_relaxed);
     m_isOpen.store(true, std::memory_order_release);
 }
@@ -65,10 +67,29 @@ bool AudioGate::mayDevicePull() noexcept
 {
     if (!m_isOpen.load(std::memory_order_acquire))
         return false;
-    const nanoseconds elapsed(steadyNanoseconds() - m_opened.load(std::memory_order_relaxed));
+    const std::int64_t now = steadyNanoseconds();
+    const nanoseconds elapsed(now - m_opened.load(std::memory_order_relaxed));
     if (isTooMany(m_deviceFrames.load(std::memory_order_relaxed), elapsed))
         m_isRacing.store(true, std::memory_order_relaxed);
+    if (const std::int64_t last = m_lastPull.load(std::memory_order_relaxed); last != 0)
+        learnFrom(nanoseconds(now - last), now);
     return !isDeviceRacing();
+}
+
+/// A single long pause may be a busy machine's. It must not cost the promise of a quick change to
+/// the clock when the device is gone.
+void AudioGate::learnFrom(nanoseconds pause, std::int64_t now) noexcept
+{
+    const nanoseconds sinceLong(now - m_lastLongPause.load(std::memory_order_relaxed));
+    nanoseconds patience(m_patience.load(std::memory_order_relaxed));
+    if (pause > Patience) {
+        const bool isHabit = sinceLong < Memory && pause <= LongestPatience;
+        patience = isHabit ? std::min<nanoseconds>(pause + pause / 2, LongestPatience) : Patience;
+        m_lastLongPause.store(now, std::memory_order_relaxed);
+    } else if (sinceLong > Memory) {
+        patience = Patience;
+    }
+    m_patience.store(patience.count(), std::memory_order_relaxed);
 }
 
 void AudioGate::pullForClock(float *scratch, std::size_t frames) noexcept
@@ -83,5 +104,6 @@ bool AudioGate::isDevicePulling() const
 {
     const std::int64_t last = m_lastPull.load(std::memory_order_relaxed);
     const nanoseconds silence(steadyNanoseconds() - last);
-    return last != 0 && m_isOpen.load(std::memory_order_acquire) && silence < Patience;
+    const nanoseconds patience(m_patience.load(std::memory_order_relaxed));
+    return last != 0 && m_isOpen.load(std::memory_order_acquire) && silence < patience;
 }

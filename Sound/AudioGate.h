@@ -13,10 +13,18 @@
 /// The device takes over with its first block after open(); the clock takes over when the device
 /// is closed or has not pulled for a while. Each may go on calling while it is the other's turn,
 /// and after shut(), when nobody gets to the source any more.
+///
+/// A device with large buffers pulls much at once and pauses for long. When that is seen to be its
+/// habit, by two long pauses in a row, it is waited for half as long again as it pauses: the clock
+/// would else play every other piece of the music to nobody.
 class AudioGate {
 public:
     /// How long a device may pause between two blocks before the clock takes over.
     static constexpr std::chrono::milliseconds Patience{150};
+    /// The same at most, for a device in the habit of long pauses.
+    static constexpr std::chrono::milliseconds LongestPatience{1000};
+    /// How long a long pause is remembered; another one within that time makes a habit.
+    static constexpr std::chrono::milliseconds Memory{2000};
     /// How far a device may be ahead of time: as much as its buffers take at the beginning.
     static constexpr std::chrono::milliseconds Head{1000};
 
@@ -50,6 +58,7 @@ private:
     bool enter() noexcept { return !m_busy.test_and_set(std::memory_order_acquire); }
     void leave() noexcept { m_busy.clear(std::memory_order_release); }
     bool mayDevicePull() noexcept;
+    void learnFrom(std::chrono::nanoseconds pause, std::int64_t now) noexcept;
 
     AudioSource &m_source;
     std::atomic_flag m_busy = ATOMIC_FLAG_INIT; // one of them is at the source
@@ -58,5 +67,7 @@ private:
     // Of the device, in ns of the steady clock; 0 for never.
     std::atomic<std::int64_t> m_opened{0};
     std::atomic<std::int64_t> m_lastPull{0};
+    std::atomic<std::int64_t> m_lastLongPause{0}; // its end
+    std::atomic<std::int64_t> m_patience{std::chrono::nanoseconds(Patience).count()};
     std::atomic<std::uint64_t> m_deviceFrames{0}; // since open()
 };

@@ -2,6 +2,7 @@
 
 #include "Sound/ChannelPool.h"
 #include "Sound/Decoder.h"
+#include "Sound/LiveAhead.h"
 #include "Sound/LiveMix.h"
 #include "Sound/LiveStatus.h"
 #include "Sound/ReplacingFile.h"
@@ -9,6 +10,7 @@
 #include "Sound/WaveOutput.h"
 #include "Sound/WaveWriter.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <memory>
@@ -16,11 +18,27 @@
 #include <system_error>
 #include <unordered_map>
 
+#include <unistd.h>
+
 namespace {
 
 constexpr std::size_t BlockFrames = 1024;
-constexpr std::size_t CacheBytes = std::size_t{256} * 1024 * 1024;
+constexpr std::size_t SmallestCache = std::size_t{256} * 1024 * 1024;
+constexpr std::size_t LargestCache = std::size_t{1024} * 1024 * 1024;
 constexpr FMOD_MODE KnownModes = FMOD_2D | FMOD_SOFTWARE | FMOD_CREATESAMPLE | FMOD_OPENMEMORY;
+
+/// An eighth of the memory. With hundreds of different notes at a time a small cache would drop
+/// each shortly before it comes again.
+std::size_t cacheBytes()
+{
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageBytes = sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || pageBytes <= 0)
+        return SmallestCache;
+    const std::size_t share =
+        static_cast<std::size_t>(pages) / 8 * static_cast<std::size_t>(pageBytes);
+    return std::clamp(share, SmallestCache, LargestCache);
+}
 
 class BuiltinSystem;
 
@@ -80,13 +98,14 @@ public:
     /// From errno; 0 while nothing went wrong or the reason is not known.
     int outputError() const { return m_outputError; }
 
+    bool isLive() const { return m_liveOutput != nullptr; }
+    void prepareAhead(const FMOD::Sound &sound, double pitch);
     std::string liveProblem() const;
     std::uint64_t lateStarts() const;
     std::uint64_t missedFrames() const;
 
 private:
     bool isInitialised() const { return m_channels != nullptr; }
-    bool isLive() const { return m_liveOutput != nullptr; }
     FMOD_RESULT initOutput(void *extraDriverData);
     FMOD_RESULT openWriter(const char *fileName);
     FMOD_RESULT startLive();
@@ -130,7 +149,7 @@ FMOD_RESULT BuiltinChannelGroup::release()
 BuiltinSystem::BuiltinSystem(unsigned threads, AudioOutputFactory outputs)
     : m_outputs(std::move(outputs))
     , m_pool(threads)
-    , m_cache(WaveHeader::SampleRate, CacheBytes, m_pool)
+    , m_cache(WaveHeader::SampleRate, cacheBytes(), m_pool)
 {
 }
 
@@ -372,6 +391,21 @@ bool BuiltinSystem::abandon()
     return m_abandoned;
 }
 
+void BuiltinSystem::prepareAhead(const FMOD::Sound &sound, double pitch)
+{
+    const auto found = m_sounds.find(&sound);
+    if (!isLive() || found == m_sounds.end())
+        return;
+    const ChannelSound &heard = found->second->sound();
+    const auto frequency = static_cast<float>(double{static_cast<float>(heard.rate)} * pitch);
+    SampleCache::Sample prepared; // the cache keeps it
+    try {
+        m_cache.prepare(heard.samples, double{frequency}, prepared);
+    } catch (const std::bad_alloc &) {
+        return; // the note will tell
+    }
+}
+
 std::string BuiltinSystem::liveProblem() const
 {
     return isLive() ? m_liveOutput->problem() : m_startProblem;
@@ -433,4 +467,16 @@ std::uint64_t LiveStatus::missedFrames(FMOD::System &system)
 {
     const auto *const builtin = dynamic_cast<const BuiltinSystem *>(&system);
     return builtin != nullptr ? builtin->missedFrames() : 0;
+}
+
+bool LiveAhead::isPossible(FMOD::System &system)
+{
+    const auto *const builtin = dynamic_cast<const BuiltinSystem *>(&system);
+    return builtin != nullptr && builtin->isLive();
+}
+
+void LiveAhead::prepare(FMOD::System &system, const FMOD::Sound &sound, double pitch)
+{
+    if (auto *const builtin = dynamic_cast<BuiltinSystem *>(&system))
+        builtin->prepareAhead(sound, pitch);
 }

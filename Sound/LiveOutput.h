@@ -13,10 +13,12 @@
 
 /// The machine's sound device, with a silent clock that stands in whenever there is none.
 ///
-/// A device that vanishes or stops pulling is replaced by the clock within 200 ms, and looked for
-/// again: sound comes back by itself, within a second. The beginning of each such outage is logged.
+/// A device that vanishes or stops pulling is replaced by the clock within 200 ms (one that stops
+/// without a word and always came less often than that: within one and a half of its pauses), and
+/// looked for again: sound comes back by itself, within a second. The beginning of each such
+/// outage is logged.
 ///
-/// start() waits for the first block of the device, up to 200 ms, so that what is played at once
+/// start() waits for the first block of the device, up to 180 ms, so that what is played at once
 /// is heard from its beginning. stop() takes some tens of milliseconds, and up to 200 where the
 /// sound server hangs.
 class LiveOutput final : public AudioOutput {

@@ -32,11 +32,10 @@ QString failureText()
     }
 }
 
-/// An open menu or a grabbed mouse would keep the user from the box.
+/// A grabbed mouse would keep the user from the box. (An open menu would, too, but closes by itself
+/// when the box is shown.)
 void releaseInput()
 {
-    if (QWidget *const popup = QApplication::activePopupWidget())
-        popup->close();
     if (QWidget *const grabber = QWidget::mouseGrabber())
         grabber->releaseMouse();
     if (QWidget *const grabber = QWidget::keyboardGrabber())

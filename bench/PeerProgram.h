@@ -2,6 +2,7 @@
 
 #include "Timing.h"
 
+#include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
@@ -9,6 +10,7 @@
 #include <sys/resource.h>
 
 #include <cstdio>
+#include <ctime>
 
 /// Processor time of another program, to be set beside that of this process.
 namespace Bench {
@@ -24,6 +26,17 @@ inline double childSeconds()
     rusage usage{};
     getrusage(RUSAGE_CHILDREN, &usage);
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+/// Of a process that is running or was not waited for yet.
+inline double processSeconds(qint64 process)
+{
+    clockid_t clock{};
+    timespec time{};
+    if (clock_getcpuclockid(static_cast<pid_t>(process), &clock) != 0
+        || clock_gettime(clock, &time) != 0)
+        return 0.0;
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
 inline void run(const QString &directory, const QString &program, const QStringList &arguments)
@@ -43,6 +56,20 @@ inline bool isMissing(const char *program, const char *package)
         return false;
     std::printf("%-34s absent (Debian package %s)\n", program, package);
     return true;
+}
+
+/// What FluidSynth plays with.
+constexpr const char *SoundFont = "/usr/share/sounds/sf2/TimGM6mb.sf2";
+
+/// Says what of it is absent, too.
+inline bool hasFluidsynth()
+{
+    if (isMissing("fluidsynth", "fluidsynth"))
+        return false;
+    if (QFile::exists(QLatin1String(SoundFont)))
+        return true;
+    std::printf("%-34s absent (Debian package timgm6mb-soundfont)\n", SoundFont);
+    return false;
 }
 
 /// A line of results; `reference` is the time that counts as 1.

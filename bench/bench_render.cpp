@@ -1,6 +1,9 @@
 // Times the way of a song into a wave file: each demo song from nothing, and a dense score of
 // 30,000 notes beside FluidSynth playing the same notes from a MIDI file.
 
+#include "PeerProgram.h"
+#include "Score.h"
+
 #include "ABC/ABCParser.h"
 #include "Quillmoor/InstrumentChoice.h"
 #include "Quillmoor/QuillmoorInstrumentSet.h"
@@ -13,7 +16,6 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <cstdio>
@@ -26,23 +28,13 @@ namespace {
 constexpr int Parts = 15;
 constexpr int NotesPerPart = 2000;
 constexpr int AllNotes = Parts * NotesPerPart;
-constexpr int MidiTicksPerQuarter = 480;
-constexpr int MidiStep = 60; // a thirty-second: 62.5 ms at 120 beats a minute
-constexpr int MidiLength = 240;
-constexpr quint64 TicksPerMidiTick = Ticks::PerQuarterNote / MidiTicksPerQuarter;
-const char *const SoundFont = "/usr/share/sounds/sf2/TimGM6mb.sf2";
-
-struct Voice {
-    Track track;
-    Instrument instrument;
-};
 
 struct Timing {
     RenderResult result;
     double seconds = 0.0;
 };
 
-Timing render(const std::vector<Voice> &voices, const QString &fileName)
+Timing render(const std::vector<PlayedPart> &voices, const QString &fileName)
 {
     Timing timing;
     QElapsedTimer timer;
@@ -53,7 +45,7 @@ Timing render(const std::vector<Voice> &voices, const QString &fileName)
     QString failure;
     QObject::connect(worker.get(), &RenderWorker::renderFailed,
                      [&failure](const QString &message) { failure = message; });
-    for (const Voice &voice : voices)
+    for (const PlayedPart &voice : voices)
         worker->addTrack(voice.track, voice.instrument, 0.3F, 0.0F);
     worker->render();
     if (!failure.isEmpty())
@@ -74,11 +66,11 @@ QByteArray contentsOf(const QString &fileName)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-std::vector<Voice> voicesOf(const QDir &song, const QuillmoorInstrumentSet &set)
+std::vector<PlayedPart> voicesOf(const QDir &song, const QuillmoorInstrumentSet &set)
 {
-    std::vector<Voice> voices;
+    std::vector<PlayedPart> voices;
     for (const QFileInfo &part : song.entryInfoList({QStringLiteral("*.abc")}, QDir::Files)) {
-        Voice voice;
+        PlayedPart voice;
         voice.track = ABCParser().parse(QString::fromUtf8(contentsOf(part.filePath())));
         const int index =
             chooseInstrument(voice.track.headers(QStringLiteral("I")), set.names(), 0);
@@ -112,105 +104,35 @@ std::vector<quint32> pitchesOfPart(int part)
     return pitches;
 }
 
-Track trackOfPart(int part)
+/// The programs are far from each other.
+Score denseScore()
 {
-    Track track;
-    quint64 time = 0;
-    for (const quint32 pitch : pitchesOfPart(part)) {
-        track.addEvent(TrackEvent::makeNote(pitch, time, MidiLength * TicksPerMidiTick));
-        time += MidiStep * TicksPerMidiTick;
+    Score score;
+    for (int part = 0; part < Parts; ++part) {
+        score.parts.push_back(pitchesOfPart(part));
+        score.programs.push_back(part * 7);
     }
-    track.sortEvents();
-    return track;
+    return score;
 }
 
-void appendBigEndian(QByteArray &bytes, quint32 value, int count)
-{
-    for (int i = count - 1; i >= 0; --i)
-        bytes.append(static_cast<char>(value >> (8 * i) & 0xFF));
-}
-
-void appendDelta(QByteArray &bytes, quint32 ticks)
-{
-    if (ticks >= 128)
-        bytes.append(static_cast<char>(0x80 | ticks >> 7));
-    bytes.append(static_cast<char>(ticks & 0x7F));
-}
-
-void appendNote(QByteArray &bytes, int status, quint32 pitch)
-{
-    bytes.append(static_cast<char>(status));
-    bytes.append(static_cast<char>(pitch));
-    bytes.append(static_cast<char>(80));
-}
-
-QByteArray midiChunk(const char *type, const QByteArray &contents)
-{
-    QByteArray chunk(type);
-    appendBigEndian(chunk, static_cast<quint32>(contents.size()), 4);
-    return chunk + contents;
-}
-
-/// Each note ends four steps after its start, just before the start of another one.
-QByteArray midiTrackOfPart(int part)
-{
-    const int channel = part < 9 ? part : part + 1; // channel 10 is the drums'
-    constexpr std::size_t steps = MidiLength / MidiStep;
-    const std::vector<quint32> pitches = pitchesOfPart(part);
-    QByteArray events;
-    appendDelta(events, 0);
-    events.append(static_cast<char>(0xC0 | channel)).append(static_cast<char>(part * 7));
-    for (std::size_t i = 0; i < pitches.size() + steps; ++i) {
-        quint32 delta = i == 0 ? 0 : MidiStep;
-        if (i >= steps) {
-            appendDelta(events, delta);
-            appendNote(events, 0x80 | channel, pitches[i - steps]);
-            delta = 0;
-        }
-        if (i < pitches.size()) {
-            appendDelta(events, delta);
-            appendNote(events, 0x90 | channel, pitches[i]);
-        }
-    }
-    events.append(QByteArray::fromHex("00ff2f00"));
-    return midiChunk("MTrk", events);
-}
-
-QByteArray midiFile()
-{
-    QByteArray header;
-    appendBigEndian(header, 1, 2);
-    appendBigEndian(header, Parts, 2);
-    appendBigEndian(header, MidiTicksPerQuarter, 2);
-    QByteArray bytes = midiChunk("MThd", header);
-    for (int part = 0; part < Parts; ++part)
-        bytes += midiTrackOfPart(part);
-    return bytes;
-}
-
-/// The instruments that map the whole score, in turn.
-std::vector<Voice> denseVoices(const QuillmoorInstrumentSet &set)
+/// Those that map the whole score.
+std::vector<Instrument> instrumentsFor(const Track &track, const QuillmoorInstrumentSet &set)
 {
     std::vector<Instrument> instruments;
     for (const QString &name : set.names()) {
-        if (UnmappedNotes::findUnmapped(trackOfPart(0), set.instrument(name)).isEmpty())
+        if (UnmappedNotes::findUnmapped(track, set.instrument(name)).isEmpty())
             instruments.push_back(set.instrument(name));
     }
-    std::vector<Voice> voices;
-    for (int part = 0; part < Parts && !instruments.empty(); ++part) {
-        const auto index = static_cast<std::size_t>(part) % instruments.size();
-        voices.push_back({trackOfPart(part), instruments[index]});
-    }
-    return voices;
+    return instruments;
 }
 
-double fluidsynthSeconds(const QTemporaryDir &dir)
+double fluidsynthSeconds(const Score &score, const QTemporaryDir &dir)
 {
     const QString midi = dir.filePath(QStringLiteral("dense.mid"));
     QFile file(midi);
     if (!file.open(QIODevice::WriteOnly))
         return 0.0;
-    file.write(midiFile());
+    file.write(midiFileOf(score));
     file.close();
 
     QElapsedTimer timer;
@@ -219,7 +141,7 @@ double fluidsynthSeconds(const QTemporaryDir &dir)
                                          {QStringLiteral("600"), QStringLiteral("fluidsynth"),
                                           QStringLiteral("-niq"), QStringLiteral("-F"),
                                           dir.filePath(QStringLiteral("fluidsynth.wav")),
-                                          QString::fromLatin1(SoundFont), midi});
+                                          QString::fromLatin1(Bench::SoundFont), midi});
     return status == 0 ? static_cast<double>(timer.nsecsElapsed()) * 1e-9 : 0.0;
 }
 
@@ -227,14 +149,12 @@ void benchDenseScore(const QuillmoorInstrumentSet &set, const QTemporaryDir &dir
                      const QString &out)
 {
     std::printf("A dense score of %d notes\n", AllNotes);
-    const Timing ours = render(denseVoices(set), out);
+    const Score score = denseScore();
+    const Timing ours = render(playedParts(score, instrumentsFor(trackOf(score, 0), set)), out);
     printRow(QStringLiteral("this program"), ours.result.notes, ours.result.seconds, ours.seconds);
-    if (!QFile::exists(QString::fromLatin1(SoundFont))
-        || QStandardPaths::findExecutable(QStringLiteral("fluidsynth")).isEmpty()) {
-        std::printf("%-34s not installed\n", "fluidsynth");
+    if (!Bench::hasFluidsynth())
         return;
-    }
-    const double theirs = fluidsynthSeconds(dir);
+    const double theirs = fluidsynthSeconds(score, dir);
     printRow(QStringLiteral("fluidsynth -F"), AllNotes, ours.result.seconds, theirs);
     std::printf("%-34s %39.1f x\n", "ratio", theirs / ours.seconds);
 }

@@ -1,2 +1,2 @@
-add_executable(bench_live bench_live.cpp)
+add_executable(bench_live bench_live.cpp VorbisTone.cpp)
 target_link_libraries(bench_live PRIVATE Sound PkgConfig::SndFile)

@@ -17,10 +17,12 @@ function(quillmoor_test folder class)
         ENVIRONMENT_MODIFICATION "${QUILLMOOR_TEST_ENVIRONMENT_CHANGES}")
 endfunction()
 
-# Nothing of the user's is read or written: no window, home folder or choice of sound. Nor is
-# anybody asked for a newer version: nothing listens at that port.
+# Nothing of the user's is read, written, shown or heard: no window, home folder, sound card or
+# server. A test that wants one of them says so itself. Nor is anybody asked for a newer version:
+# nothing listens at that port.
 set(QUILLMOOR_TEST_ENVIRONMENT
     "QT_QPA_PLATFORM=offscreen"
+    "SDL_AUDIODRIVER=dummy"
     "HOME=${CMAKE_BINARY_DIR}/tests/home"
     "QUILLMOOR_UPDATE_HOST=127.0.0.1:1"
     "XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/tests/runtime"
@@ -32,5 +34,11 @@ set(QUILLMOOR_TEST_ENVIRONMENT_CHANGES
     "QUILLMOOR_SOUND=unset:"
     "QUILLMOOR_FMOD_LIBRARY=unset:"
     "QUILLMOOR_GAME=unset:"
+    "DISPLAY=unset:"
+    "WAYLAND_DISPLAY=unset:"
+    "PULSE_SERVER=unset:"
+    "PULSE_RUNTIME_PATH=unset:"
+    "PIPEWIRE_REMOTE=unset:"
+    "PIPEWIRE_RUNTIME_DIR=unset:"
     "XDG_DATA_HOME=unset:"
     "XDG_CONFIG_HOME=unset:")

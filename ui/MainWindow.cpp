@@ -15,7 +15,9 @@
 
 #include <QDesktopServices>
 #include <QProgressDialog>
+#include <QScrollBar>
 #include <QSignalBlocker>
+#include <QTimer>
 
 MainWindow::MainWindow(const QDir &game, QWidget *parent)
     : QMainWindow(parent)
@@ -109,6 +111,15 @@ void MainWindow::updateHint()
     m_hint->setVisible(m_tracks.isEmpty());
 }
 
+/// Which are at the bottom, once the layout has placed them.
+void MainWindow::scrollToNewRows()
+{
+    const auto scroll = [bar = m_ui->scrTrackArea->verticalScrollBar()] {
+        bar->setValue(bar->maximum());
+    };
+    QTimer::singleShot(0, this, scroll);
+}
+
 void MainWindow::onPreferences()
 {
     PreferencesDialog dialog(nullptr);
@@ -184,5 +195,5 @@ void MainWindow::onUpdateFailed(const QString &error)
 
 void MainWindow::showSoundProblem(const QString &problem)
 {
-    m_soundProblem->setLine(problem);
+    m_soundProblem->setProblem(problem);
 }

@@ -118,6 +118,7 @@ private:
     void updateActions();
     void updateTrackLengths();
     void updateHint();
+    void scrollToNewRows();
 
     void openUrls(const QList<QUrl> &urls);
     void loadABCFile(const QString &path);

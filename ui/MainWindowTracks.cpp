@@ -113,6 +113,7 @@ void MainWindow::onNewTrack()
 {
     addTrack(Track());
     updateTrackLengths();
+    scrollToNewRows();
 }
 
 void MainWindow::onMergeTracks()
@@ -125,6 +126,7 @@ void MainWindow::onMergeTracks()
     try {
         addTrack(mergeTracks(tracks));
         updateTrackLengths();
+        scrollToNewRows();
     } catch (const QString &message) {
         MessageBoxes::critical(this, tr("Merge Tracks"),
                                tr("Could not merge tracks: %1").arg(message));
@@ -138,6 +140,7 @@ void MainWindow::onDuplicateTracks()
         tracks.append(row->track());
     addTracks(tracks);
     updateTrackLengths();
+    scrollToNewRows();
 }
 
 /// The time axis stays as it is, so that the rows which are left do not jump.

@@ -1,21 +1,16 @@
 #pragma once
 
-#include <QLabel>
+#include "ui/tracks/ElidedLabel.h"
 
-/// A line of text that is shown as it is, never as markup. What it has no room for is cut and
-/// stands in the tool tip. An empty one takes no place.
-class ProblemLabel : public QLabel {
+/// Says in the status bar what is wrong, in one line that leaves room for other messages. Without
+/// a problem it takes no place.
+class ProblemLabel : public ElidedLabel {
     Q_OBJECT
 
 public:
-    explicit ProblemLabel(QWidget *parent = nullptr);
+    explicit ProblemLabel(QWidget *parent);
 
-    /// In place of QLabel::setText().
-    void setLine(const QString &text);
+    void setProblem(const QString &problem);
 
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
-
-protected:
-    void paintEvent(QPaintEvent *event) override;
 };

@@ -4,10 +4,16 @@
 
 #include <QBoxLayout>
 
+/// A row that is shown makes the layout place all rows at once, unless that is off. On again, it
+/// does so when the event loop comes to it, once for however many rows.
 void TrackColumn::append(TrackWidget *row)
 {
-    if (exists())
-        m_layout->insertWidget(spacerIndex(), row);
+    if (!exists())
+        return;
+    m_layout->insertWidget(spacerIndex(), row);
+    m_layout->setEnabled(false);
+    row->show();
+    m_layout->setEnabled(true);
 }
 
 void TrackColumn::remove(TrackWidget *row)

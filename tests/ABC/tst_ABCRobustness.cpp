@@ -163,6 +163,33 @@ private slots:
         QVERIFY2(megabytes < MaxMegabytes, qPrintable(QString::number(megabytes)));
     }
 
+    void takesNoMoreEventsThanTheLimit_data()
+    {
+        QTest::addColumn<QString>("start");
+        QTest::addColumn<QString>("piece");
+        QTest::addColumn<int>("most");
+        const int events = ABCParser::LargestCount - 2 * ABCParser::EventsPerHeader;
+        const int headers = ABCParser::LargestCount / ABCParser::EventsPerHeader;
+        QTest::newRow("notes") << "X:1\nK:C\n"_s
+                               << "C"_s << events;
+        QTest::newRow("notes of one chord") << "X:1\nK:C\n["_s
+                                            << "C"_s << events;
+        QTest::newRow("keys") << "X:1\nK:C\n"_s
+                              << "[K:C]"_s << events;
+        QTest::newRow("header fields") << ""_s
+                                       << "T:\n"_s << headers;
+    }
+    void takesNoMoreEventsThanTheLimit()
+    {
+        QFETCH(QString, start);
+        QFETCH(QString, piece);
+        QFETCH(int, most);
+        QString text = start + piece.repeated(most);
+        QCOMPARE(thrownBy([&] { parse(text); }), "(nothing thrown)"_s);
+        text += piece;
+        QCOMPARE(thrownBy([&] { parse(text); }), "The ABC tune has too many events."_s);
+    }
+
     void survivesAnyMutation()
     {
         LogRecorder recorder;

@@ -101,6 +101,7 @@ private slots:
     void changesTheInstrumentOfLaterNotes();
     void seeksFromNow();
     void seeksIntoATempo();
+    void seeksBackToTheFirstTempo();
     void seeksBehindTheOrigin();
     void keepsWhatSoundsWhenItSeeks();
     void seeksAllTracksFromOneClock();
@@ -125,6 +126,7 @@ private slots:
     void tellsWhyThereIsNoSound();
     void tellsAProblemWhenItChanges();
     void letsReceiversStopTracks();
+    void letsReceiversRestartAnEndedTrack();
 };
 
 void tst_PlayerWorker::declaresItsSlotsInOrder()
@@ -491,6 +493,27 @@ void tst_PlayerWorker::seeksIntoATempo()
     QCOMPARE(stage.starts(), lines({"300761", "348761"}));
 }
 
+void tst_PlayerWorker::seeksBackToTheFirstTempo()
+{
+    PlayerStage stage;
+    stage.play(T1,
+               {quarter(60, 0), quarter(62, 3024), TrackEvent::makeTempo(30240, 1, 4, 60),
+                quarter(60, 60480)});
+    stage.passAt(0);
+    stage.passAt(30000); // past the tempo
+    stage.fake.clearCalls();
+    stage.fake.setClock(40000);
+    stage.worker->seek(T1, 0);
+    stage.passAt(40000);
+    QCOMPARE(stage.starts(), lines({"40000", "42400"}));
+    stage.passAt(60000);
+    stage.fake.clearCalls();
+    stage.fake.setClock(70000);
+    stage.worker->seekAll(0);
+    stage.passAt(70000);
+    QCOMPARE(stage.starts(), lines({"70000", "72400"}));
+}
+
 void tst_PlayerWorker::seeksBehindTheOrigin()
 {
     PlayerStage stage;
@@ -847,6 +870,23 @@ void tst_PlayerWorker::letsReceiversStopTracks()
     stage.passAt(0);
     QCOMPARE(stage.positions.size(), 1);
     QCOMPARE(stage.signalLog.constLast(), text("finished"));
+}
+
+/// It is forgotten before its end is told.
+void tst_PlayerWorker::letsReceiversRestartAnEndedTrack()
+{
+    PlayerStage stage;
+    stage.play(T1, {quarter(60, 0)});
+    stage.passAt(0);
+    QObject::connect(stage.worker, &PlayerWorker::trackStopped, stage.worker,
+                     [&](const QString &id) { stage.play(id, {quarter(62, 0)}); });
+    stage.passAt(28800);
+    stage.passAt(28800);
+    QCOMPARE(stage.starts(), lines({"4800", "33600"}));
+    stage.fake.setClock(30000);
+    stage.worker->stopTrack(T1);
+    stage.passAt(30000);
+    QCOMPARE(stage.starts(), lines({"4800", "33600", "34800"}));
 }
 
 QTEST_GUILESS_MAIN(tst_PlayerWorker)

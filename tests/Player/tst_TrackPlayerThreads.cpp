@@ -1,6 +1,7 @@
 #include "Player/TrackPlayer.h"
 #include "PlayerStage.h"
 #include "Sound/BuiltinSystem.h"
+#include "Sound/ThreadPriority.h"
 #include "support/MessageCapture.h"
 #include "support/VirtualClock.h"
 
@@ -9,6 +10,11 @@
 #include <QtTest>
 
 #include <random>
+#include <thread>
+
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace {
 
@@ -17,6 +23,11 @@ constexpr qint64 HammerMs = 30000;
 #else
 constexpr qint64 HammerMs = 2000;
 #endif
+
+int niceness()
+{
+    return getpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)));
+}
 
 /// A number below `end`.
 quint32 below(quint32 end, std::minstd_rand &random)
@@ -129,6 +140,7 @@ class tst_TrackPlayerThreads : public QObject {
 
 private slots:
     void everyCallWhileAnotherThreadPulls();
+    void theWorkersThreadIsPreferred();
 };
 
 void tst_TrackPlayerThreads::everyCallWhileAnotherThreadPulls()
@@ -158,6 +170,24 @@ void tst_TrackPlayerThreads::everyCallWhileAnotherThreadPulls()
     const QStringList logged = log.texts();
     QCOMPARE(logged.count(text("Invalid note index")), logged.size());
     QVERIFY(logged.size() <= HammerMs / 1000 + 1);
+}
+
+void tst_TrackPlayerThreads::theWorkersThreadIsPreferred()
+{
+    int preferred = 0;
+    std::thread([&] {
+        ThreadPriority::prefer();
+        preferred = niceness();
+    }).join();
+    VirtualClock clock;
+    int worker = 99;
+    {
+        const TrackPlayer player(nullptr, [&](FMOD::System **system) {
+            worker = niceness();
+            return createBuiltinSystem(system, 2, clock.outputs());
+        });
+    }
+    QCOMPARE(worker, preferred);
 }
 
 QTEST_GUILESS_MAIN(tst_TrackPlayerThreads)

@@ -120,6 +120,12 @@ template <typename Number> std::string formatted(const char *format, Number numb
     return text;
 }
 
+std::uint64_t clockStep()
+{
+    const char *const step = std::getenv("FAKE_FMOD_STEP");
+    return step ? std::strtoull(step, nullptr, 10) : 0;
+}
+
 void appendToFile(const std::string &line)
 {
     if (const char *fileName = std::getenv("FAKE_FMOD_LOG"))
@@ -392,8 +398,9 @@ FAKE_EXPORT int FMOD_System_Update(void *system)
 FAKE_EXPORT int FMOD_System_GetDSPClock(void *system, unsigned int *hi, unsigned int *lo)
 {
     Call call("FMOD_System_GetDSPClock");
-    const Object *const object = call.object(system, Kind::System);
+    Object *const object = call.object(system, Kind::System);
     if (object && call.ok()) {
+        object->clock += clockStep();
         *hi = static_cast<unsigned int>(object->clock >> 32);
         *lo = static_cast<unsigned int>(object->clock);
         call.answer(std::to_string(*hi) + " " + std::to_string(*lo));

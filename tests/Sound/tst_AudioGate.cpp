@@ -34,6 +34,31 @@ void pullAsClock(AudioGate &gate)
     gate.pullForClock(scratch.data(), Block);
 }
 
+/// What the clock gets while the device pauses for so long and then pulls once.
+std::uint64_t clockFramesInPause(AudioGate &gate, const WatchedSource &source, milliseconds pause)
+{
+    const std::uint64_t before = source.frames();
+    const SteadyClock::time_point end = SteadyClock::now() + pause;
+    while (SteadyClock::now() < end)
+        pullAsClock(gate);
+    const std::uint64_t frames = source.frames() - before;
+    pullAsDevice(gate);
+    return frames;
+}
+
+/// Well over what is waited for at first, and far from what is then.
+constexpr milliseconds LongPause{400};
+
+/// Makes long pauses until the clock keeps out of them; more than two only on a busy machine.
+/// Answers how many that took.
+int pausesToLearn(AudioGate &gate, const WatchedSource &source)
+{
+    int pauses = 0;
+    while (clockFramesInPause(gate, source, LongPause) > 0 && pauses < 20)
+        ++pauses;
+    return pauses;
+}
+
 /// A source that whoever pulls it does not get out of, until it is let.
 class SlowSource final : public AudioSource {
 public:
@@ -69,6 +94,11 @@ private slots:
     void clockTakesOverFromAClosedDevice();
     void clockTakesOverFromAPausingDevice();
     void pausingDeviceComesBack();
+    void habitOfLongPausesIsLearnt();
+    void singleLongPauseIsNoHabit();
+    void veryLongPausesAreNoHabit();
+    void habitIsForgotten();
+    void otherDeviceHasOtherHabits();
     void racingDeviceIsKeptBack();
     void filledBuffersAreNoRace();
     void nobodyGetsThroughAShutGate();
@@ -149,6 +179,73 @@ void tst_AudioGate::pausingDeviceComesBack()
     pullAsClock(gate);
     QCOMPARE(pullAsDevice(gate), Got::Music);
     QVERIFY(gate.isDevicePulling());
+}
+
+void tst_AudioGate::habitOfLongPausesIsLearnt()
+{
+    WatchedSource source;
+    AudioGate gate(source);
+    gate.open();
+    pullAsDevice(gate);
+    const int pauses = pausesToLearn(gate, source);
+    QVERIFY2(pauses >= 2 && pauses < 20, qPrintable(QString::number(pauses)));
+    QTRY_VERIFY(!gate.isDevicePulling()); // when it stops altogether
+    pullAsClock(gate);
+    QCOMPARE(pullAsDevice(gate), Got::Music);
+}
+
+void tst_AudioGate::singleLongPauseIsNoHabit()
+{
+    WatchedSource source;
+    AudioGate gate(source);
+    gate.open();
+    pullAsDevice(gate);
+    QVERIFY(clockFramesInPause(gate, source, LongPause) > 0);
+    QVERIFY(clockFramesInPause(gate, source, LongPause) > 0);
+}
+
+/// The clock takes a device's place that does not come for seconds, however often.
+void tst_AudioGate::veryLongPausesAreNoHabit()
+{
+    WatchedSource source;
+    AudioGate gate(source);
+    gate.open();
+    pullAsDevice(gate);
+    for (int i = 0; i < 2; ++i)
+        QVERIFY(clockFramesInPause(gate, source, milliseconds(1010)) > 0);
+    QVERIFY(clockFramesInPause(gate, source, LongPause) > 0);
+}
+
+/// In one of some attempts: a busy machine makes it pause again meanwhile.
+void tst_AudioGate::habitIsForgotten()
+{
+    const auto isForgotten = [] {
+        WatchedSource source;
+        AudioGate gate(source);
+        gate.open();
+        pullAsDevice(gate);
+        pausesToLearn(gate, source);
+        const SteadyClock::time_point end = SteadyClock::now() + AudioGate::Memory;
+        while (SteadyClock::now() <= end + milliseconds(20))
+            clockFramesInPause(gate, source, milliseconds(10));
+        return clockFramesInPause(gate, source, LongPause) > 0;
+    };
+    bool hasForgotten = false;
+    for (int i = 0; i < 5 && !hasForgotten; ++i)
+        hasForgotten = isForgotten();
+    QVERIFY(hasForgotten);
+}
+
+void tst_AudioGate::otherDeviceHasOtherHabits()
+{
+    WatchedSource source;
+    AudioGate gate(source);
+    gate.open();
+    pullAsDevice(gate);
+    QVERIFY(pausesToLearn(gate, source) < 20);
+    gate.open();
+    pullAsDevice(gate);
+    QVERIFY(clockFramesInPause(gate, source, LongPause) > 0);
 }
 
 void tst_AudioGate::racingDeviceIsKeptBack()

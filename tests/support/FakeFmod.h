@@ -42,7 +42,8 @@
 ///
 /// For a program started as a process of its own, set the environment variables
 /// QUILLMOOR_FMOD_LIBRARY to path(), QUILLMOOR_SOUND to "library" and FAKE_FMOD_LOG to a file to
-/// which the lines are appended.
+/// which the lines are appended. With FAKE_FMOD_STEP each reading of the clock moves it on by so
+/// many frames.
 class FakeFmod {
 public:
     /// Resets the fake and sets QUILLMOOR_FMOD_LIBRARY and QUILLMOOR_SOUND in the environment of

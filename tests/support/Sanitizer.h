@@ -1,9 +1,9 @@
 #pragma once
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define QUILLMOOR_IS_SANITIZED_BUILD
 #elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
 #define QUILLMOOR_IS_SANITIZED_BUILD
 #endif
 #endif

@@ -111,12 +111,12 @@ void tst_MainWindow::slotsAreInOrder()
                   "onDeselectAll() onInvertSelection() onClearTracks() onPreferences() "
                   "onGoToForum() onGoToTracker() onAbout() onDefaultInstrumentChanged(QString) "
                   "onApplyInstrument() onTrackStarted(QString) onTrackStopped(QString) "
-                  "onAllTracksStopped() onTrackPositionChanged(QString,quint64) "
+                  "onAllTracksStopped() onTrackPositionChanged(QString,qulonglong) "
                   "onNotePressed(QString,uint) onNoteReleased(QString,uint) onTrackMuteChanged() "
                   "onTrackSolo() onTrackInstrumentChanged() onTrackVolumeChanged() "
-                  "onTrackPanChanged() onTrackRemoved() onTrackChanged() onTrackSeek(quint64) "
+                  "onTrackPanChanged() onTrackRemoved() onTrackChanged() onTrackSeek(qulonglong) "
                   "onMoveTrackUp() onMoveTrackDown() onTrackSelectionChanged() onRenderStarted() "
-                  "onRenderProgress(quint64,quint64) onRenderFinished() "
+                  "onRenderProgress(qulonglong,qulonglong) onRenderFinished() "
                   "onUpdateAvailable(bool,QString,QString) onUpdateFailed(QString) "
                   "onCheckUpdates() onDonate()")
                  .split(QLatin1Char(' ')));

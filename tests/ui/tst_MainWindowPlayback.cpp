@@ -337,6 +337,7 @@ void tst_MainWindowPlayback::aSoundProblemIsShown()
 {
     const auto *label = m_stage->window().findChild<QLabel *>(text("lblSoundProblem"));
     QVERIFY(!label->isVisible());
+    m_stage->close();
     m_fake->fail(text("FMOD_System_Init"), 1, 51);
     m_stage->reopen();
     label = m_stage->window().findChild<QLabel *>(text("lblSoundProblem"));

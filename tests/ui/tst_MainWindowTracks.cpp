@@ -17,6 +17,7 @@ private slots:
     void removedIdsComeBackAfterAClearOnly();
     void newRowsAreAtTheBottom();
     void aNewTrackIsEmpty();
+    void rowsMadeOfOthersScrollIntoView();
 
     void theInstrumentIsChosen_data();
     void theInstrumentIsChosen();
@@ -131,6 +132,24 @@ void tst_MainWindowTracks::aNewTrackIsEmpty()
     QCOMPARE(titles(), text("Untitled"));
 }
 
+void tst_MainWindowTracks::rowsMadeOfOthersScrollIntoView()
+{
+    const auto isSeen = [this](const char *id) {
+        const TrackWidget *const row = m_stage->row(id);
+        return row->visibleRegion().boundingRect() == row->rect();
+    };
+    m_stage->pasteTunes(12);
+    QTRY_VERIFY(isSeen("T1"));
+    QVERIFY(!isSeen("T12"));
+    m_stage->trigger("actionNew_Track");
+    QTRY_VERIFY(isSeen("T13"));
+    m_stage->select({text("T1"), text("T2")});
+    m_stage->trigger("actionMerge_Selected");
+    QTRY_VERIFY(isSeen("T14"));
+    m_stage->trigger("actionDuplicate_Selected");
+    QTRY_VERIFY(isSeen("T16"));
+}
+
 void tst_MainWindowTracks::theInstrumentIsChosen_data()
 {
     QTest::addColumn<QByteArray>("fields");
@@ -231,7 +250,7 @@ void tst_MainWindowTracks::mergedTracksAreANewRow()
     QCOMPARE(merged.noteCount(), 4);
     QCOMPARE(merged.length(), quint64{120960});
     QCOMPARE(merged.headers(text("X")), QStringList{text("1")});
-    QVERIFY(merged.abc().contains(text("T:One")));
+    QVERIFY2(merged.abc().contains(text("T: One")), qPrintable(merged.abc()));
     QCOMPARE(m_stage->selected(), text("T1 T2"));
 }
 
@@ -461,6 +480,7 @@ void tst_MainWindowTracks::allRowsShareOneTimeAxis()
     QCOMPARE(timeAxis("T1"), quint64{30240});
     m_stage->row("T1")->track() = m_stage->row("T3")->track();
     m_stage->row("T1")->onTrackChanged();
+    m_stage->answers().press("No");
     m_stage->drop({m_stage->tune("Longest")});
     QCOMPARE(timeAxis("T1"), quint64{120960});
 }

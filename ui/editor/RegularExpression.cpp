@@ -88,7 +88,7 @@ std::optional<TextMatch> RegularExpression::firstFrom(const QString &line, int f
     if (isQuick(line.size()))
         return found(m_anywhere, m_anywhere.indexIn(line, from));
     for (int start = from; start <= line.size(); ++start, watch())
-        if (const auto match = at(line, start))
+        if (auto match = at(line, start))
             return match;
     return std::nullopt;
 }
@@ -100,7 +100,7 @@ std::optional<TextMatch> RegularExpression::lastFrom(const QString &line, int fr
     if (isQuick(line.size()))
         return found(m_anywhere, m_anywhere.lastIndexIn(line, from));
     for (int start = from; start >= 0; --start, watch())
-        if (const auto match = at(line, start))
+        if (auto match = at(line, start))
             return match;
     return std::nullopt;
 }

@@ -289,7 +289,7 @@ std::optional<TextMatch> TextSearch::lastBefore(const QString &text, int end) co
         match = lastFrom(text, start);
         if (!match || match->end() <= end)
             return match;
-        const auto shorter = m_pattern.at(rest, match->start);
+        auto shorter = m_pattern.at(rest, match->start);
         if (shorter && shorter->length > 0 && isWanted(text, *shorter))
             return shorter;
     }
@@ -317,11 +317,13 @@ std::optional<TextMatch> TextSearch::matchOf(const QTextCursor &cursor) const
     if (m_pattern.isEmpty())
         return std::nullopt;
     const QString text = asGivenAway(cursor.selectedText());
-    if (const auto match = text.isEmpty() ? std::nullopt : m_pattern.whole(text))
+    if (auto match = text.isEmpty() ? std::nullopt : m_pattern.whole(text))
         return match;
     const Stretch stretch = stretchAt(cursor.selectionStart());
-    const auto match = m_pattern.at(stretch.text, cursor.selectionStart() - stretch.position);
-    return match && match->length == text.size() ? match : std::nullopt;
+    auto match = m_pattern.at(stretch.text, cursor.selectionStart() - stretch.position);
+    if (!match || match->length != text.size())
+        return std::nullopt;
+    return match;
 }
 
 QString TextSearch::newText(const TextMatch &match, const QString &after) const

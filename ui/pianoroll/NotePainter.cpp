@@ -53,6 +53,18 @@ int pixelColumn(const QPainter &painter, qreal x)
     return static_cast<int>(column * 64) >> 6;
 }
 
+/// What a screen can show of the note: QPainter does not draw what is too wide for its numbers.
+QRectF nearPart(const QTransform &transform, const QRectF &note)
+{
+    constexpr qreal widestScreen = 65536;
+    const qreal reach = widestScreen / std::abs(transform.m11());
+    const qreal start = -transform.dx() / transform.m11();
+    QRectF part = note;
+    part.setLeft(std::clamp(note.left(), start - reach, start + reach));
+    part.setRight(std::clamp(note.right(), start - reach, start + reach));
+    return part;
+}
+
 /// The columns between the two of the frame.
 void drawInside(QPainter *painter, int left, int right, int top, const QImage &strip)
 {
@@ -94,7 +106,8 @@ void NotePainter::drawShape(QPainter *painter, const QRectF &note, const Look &l
 {
     painter->setPen(m_pen);
     painter->setBrush(look.brush);
-    painter->drawRect(note);
+    const QTransform &transform = painter->worldTransform();
+    painter->drawRect(transform.type() <= QTransform::TxScale ? nearPart(transform, note) : note);
 }
 
 void NotePainter::drawPixels(QPainter *painter, const QRectF &note, Look &look) const

@@ -18,12 +18,10 @@ size_t indexOf(int note)
 } // namespace
 
 PianoRollKeyboard::PianoRollKeyboard(QGraphicsView *view, int width)
-    : QGraphicsView(view)
-    , m_scene(QRectF(0, PianoRollGrid::LowestRow, 1, PianoRollGrid::RowCount))
+    : SideView(view, {0, PianoRollGrid::LowestRow, 1, PianoRollGrid::RowCount}, {48, 48, 48})
     , m_view(view)
 {
     addKeys();
-    setUpView();
     scale(width, InitialPixelsPerSemitone);
     ScrollCoupling::coupleRanges(m_view->verticalScrollBar(), verticalScrollBar());
     ScrollCoupling::coupleValues(m_view->verticalScrollBar(), verticalScrollBar());
@@ -47,23 +45,11 @@ void PianoRollKeyboard::releaseAll()
         each->reset();
 }
 
-void PianoRollKeyboard::setUpView()
-{
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setFrameShape(QFrame::NoFrame);
-    setFocusPolicy(Qt::NoFocus);
-    setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    setTransformationAnchor(QGraphicsView::NoAnchor); // the view that it follows has one
-    setBackgroundBrush(QColor(48, 48, 48));
-    setScene(&m_scene);
-}
-
 void PianoRollKeyboard::addKeys()
 {
     for (int note = PianoKeys::Lowest; note <= PianoKeys::Highest; ++note) {
         m_keys[indexOf(note)] = new PianoRollKey(note);
-        m_scene.addItem(m_keys[indexOf(note)]);
+        ownScene()->addItem(m_keys[indexOf(note)]);
     }
 }
 

@@ -1,9 +1,7 @@
 #pragma once
 
 #include "ui/pianoroll/PianoKeys.h"
-
-#include <QGraphicsScene>
-#include <QGraphicsView>
+#include "ui/pianoroll/SideView.h"
 
 #include <array>
 
@@ -11,7 +9,7 @@ class PianoRollKey;
 
 /// The keyboard beside the piano roll, whose keys can be seen pressed. It scrolls vertically with
 /// the view that it was made for.
-class PianoRollKeyboard : public QGraphicsView {
+class PianoRollKeyboard : public SideView {
     Q_OBJECT
 
 public:
@@ -24,11 +22,9 @@ public:
     void releaseAll();
 
 private:
-    void setUpView();
     void addKeys();
     PianoRollKey *key(int note) const;
 
-    QGraphicsScene m_scene; // owns the keys
-    QGraphicsView *m_view;
-    std::array<PianoRollKey *, PianoKeys::Count> m_keys{};
+    QGraphicsView *m_view;                                 // the one it follows
+    std::array<PianoRollKey *, PianoKeys::Count> m_keys{}; // the scene's
 };

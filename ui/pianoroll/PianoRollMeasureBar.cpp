@@ -13,10 +13,8 @@ constexpr int NumberIndent = 4;
 } // namespace
 
 PianoRollMeasureBar::PianoRollMeasureBar(QGraphicsView *view)
-    : QGraphicsView(view)
-    , m_scene(QRectF(0, 0, Ticks::PerWholeNote, Height))
+    : SideView(view, {0, 0, Ticks::PerWholeNote, Height}, {64, 64, 64})
 {
-    setUpView();
     ScrollCoupling::holdRange(view->horizontalScrollBar(), horizontalScrollBar());
     ScrollCoupling::coupleValues(view->horizontalScrollBar(), horizontalScrollBar());
 }
@@ -33,18 +31,6 @@ void PianoRollMeasureBar::drawForeground(QPainter *painter, const QRectF &rect)
     const auto measures = PianoRollGrid::visibleLines(*painter, part, m_measureLength);
     for (qint64 measure = measures.first; measure < measures.end; ++measure)
         drawMeasure(painter, part, measure);
-}
-
-void PianoRollMeasureBar::setUpView()
-{
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setFrameShape(QFrame::NoFrame); // its pixels stand above those of the grid
-    setFocusPolicy(Qt::NoFocus);
-    setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    setTransformationAnchor(QGraphicsView::NoAnchor); // the view that it follows has one
-    setBackgroundBrush(QColor(64, 64, 64));
-    setScene(&m_scene);
 }
 
 void PianoRollMeasureBar::drawMeasure(QPainter *painter, const QRectF &rect, qint64 measure) const

@@ -1,13 +1,11 @@
 #pragma once
 
 #include "model/Ticks.h"
-
-#include <QGraphicsScene>
-#include <QGraphicsView>
+#include "ui/pianoroll/SideView.h"
 
 /// The ruler above the piano roll, with the numbers of the measures. It scrolls horizontally with
 /// the view that it was made for.
-class PianoRollMeasureBar : public QGraphicsView {
+class PianoRollMeasureBar : public SideView {
     Q_OBJECT
 
 public:
@@ -23,10 +21,8 @@ protected:
     void drawForeground(QPainter *painter, const QRectF &rect) override;
 
 private:
-    void setUpView();
     void drawMeasure(QPainter *painter, const QRectF &rect, qint64 measure) const;
     void drawNumber(QPainter *painter, qint64 measure) const;
 
-    QGraphicsScene m_scene;
     quint32 m_measureLength = Ticks::PerWholeNote;
 };

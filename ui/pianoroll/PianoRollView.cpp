@@ -168,6 +168,13 @@ void PianoRollView::resizeEvent(QResizeEvent *event)
     centreNotes();
 }
 
+// The graphics view's would move it.
+void PianoRollView::showEvent(QShowEvent *event)
+{
+    QAbstractScrollArea::showEvent(event);
+    centreNotes();
+}
+
 void PianoRollView::setUpView()
 {
     setLayoutDirection(Qt::LeftToRight); // time runs so everywhere
@@ -199,8 +206,8 @@ void PianoRollView::connectZoom()
     connect(m_vButtons->out(), &QToolButton::clicked, this, &PianoRollView::onVZoomOut);
 
     auto *wheel = new WheelZoom(this);
-    for (const QGraphicsView *view : std::initializer_list<QGraphicsView *>{
-             this, m_keyboard, m_measureBar})
+    for (const QGraphicsView *view :
+         std::initializer_list<QGraphicsView *>{this, m_keyboard, m_measureBar})
         wheel->watch(view->viewport());
     connect(wheel, &WheelZoom::turned, this, &PianoRollView::onWheelTurned);
 }

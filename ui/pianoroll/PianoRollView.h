@@ -42,6 +42,7 @@ protected:
     void drawBackground(QPainter *painter, const QRectF &rect) override;
     void drawForeground(QPainter *painter, const QRectF &rect) override;
     void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
     void setUpView();
@@ -65,7 +66,7 @@ private:
     qreal lineColumn() const;
     QRect lineArea() const;
 
-    PianoRollKeyboard *m_keyboard; // a child
+    PianoRollKeyboard *m_keyboard;     // a child
     PianoRollMeasureBar *m_measureBar; // a child
     bool m_playing = false;
     quint64 m_position = 0;
@@ -75,6 +76,6 @@ private:
     int m_vZoom;
     ZoomButtons *m_hButtons; // a child
     ZoomButtons *m_vButtons; // a child
-    QWidget *m_corner; // a child
+    QWidget *m_corner;       // a child
     bool m_hasShownNotes = false;
 };

@@ -48,8 +48,8 @@ QToolButton *ZoomButtons::addButton(const char *icon, const QString &text)
     button->setIconSize({length - 2 * Margin, length - 2 * Margin});
     button->setToolTip(text);
     button->setAccessibleName(text);
-    m_area->addScrollBarWidget(button, m_orientation == Qt::Horizontal ? Qt::AlignRight
-                                                                       : Qt::AlignBottom);
+    m_area->addScrollBarWidget(button,
+                               m_orientation == Qt::Horizontal ? Qt::AlignRight : Qt::AlignBottom);
     setLength(button, m_orientation, length);
     return button;
 }

@@ -383,7 +383,7 @@ private slots:
 
     void fiveMegabytesAreEdited()
     {
-        constexpr int lines = 70000;
+        constexpr int lines = 80000;
         const QString text = QStringLiteral("X:1\nK:C\n")
             + QStringLiteral(
                   "C3/2 D/2 E2 F4 | C3/2 D/2 E2 F4 | C3/2 D/2 E2 F4 | C3/2 D/2 E2 F4 |\n")

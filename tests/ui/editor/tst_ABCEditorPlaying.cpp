@@ -256,13 +256,13 @@ private slots:
         QTest::newRow("behind the last") << 1000;
         QTest::newRow("the largest") << std::numeric_limits<int>::max();
         QTest::newRow("the smallest") << std::numeric_limits<int>::min();
-        QTest::newRow("no note") << 0;
+        QTest::newRow("no note") << 1;
     }
     void eventsThatAreNotThereAreIgnored()
     {
         QFETCH(const int, event);
         storeVisible(true);
-        EditorStage stage;
+        EditorStage stage(QStringLiteral("X:1\nL:1/4\nK:C\nC[M:3/4]D"));
         QVERIFY(stage.show());
         stage.editor->onNotePressed(event);
         QCOMPARE(pressedKeys(stage), QStringList());

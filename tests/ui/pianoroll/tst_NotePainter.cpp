@@ -10,6 +10,10 @@ class tst_NotePainter : public QObject {
 private slots:
     void itDrawsWhatARectangleItemWould_data();
     void itDrawsWhatARectangleItemWould();
+    void aNarrowNoteIsALine_data();
+    void aNarrowNoteIsALine();
+    void anEndlessNoteFillsItsRow_data();
+    void anEndlessNoteFillsItsRow();
     void itLeavesThePainterAsItWas();
     void aScaledScreenHasFinerNotes();
 };
@@ -27,25 +31,47 @@ QBrush gradient(const QColor &bottom, const QColor &top)
     return gradient;
 }
 
-/// From nothing to longer than the picture, some of them beside it.
-QVector<QRectF> someNotes()
+/// In all columns, some beginning left of the picture. QPainter leaves out pixels of the frame of
+/// notes that are less than a pixel wide or cut off otherwise.
+QVector<QRectF> someNotes(const QTransform &transform)
 {
     QRandomGenerator random(5);
-    QVector<QRectF> notes{{0, 60, 0, 1}, {0, 61, 1e15, 1}, {-1e15, 62, 2e15, 1}, {1e12, 63, 10, 1}};
-    while (notes.size() < Notes)
-        notes << QRectF(random.bounded(250000.0) - 20000, 20 + random.bounded(89),
-                        std::pow(10, random.bounded(5.5)), 1);
+    QVector<QRectF> notes;
+    while (notes.size() < Notes) {
+        const qreal right = random.bounded(698.0) + 1;
+        const qreal width = 1.5 * std::pow(10, random.bounded(3.0));
+        const QRectF pixels(right - width, 0, width, 1);
+        const qreal left = transform.inverted().mapRect(pixels).left();
+        const int rows = 1 + static_cast<int>(200 / std::abs(transform.m22()));
+        notes << QRectF(left, 64 - random.bounded(rows), width / transform.m11(), 1);
+    }
     return notes;
+}
+
+QImage blank()
+{
+    QImage image(700, 300, QImage::Format_RGB32);
+    image.fill(QColor(64, 64, 64));
+    return image;
 }
 
 template <typename Draw> QImage picture(const QTransform &transform, Draw draw)
 {
-    QImage image(700, 300, QImage::Format_RGB32);
-    image.fill(QColor(64, 64, 64));
+    QImage image = blank();
     QPainter painter(&image);
     painter.setWorldTransform(transform);
-    for (const QRectF &note : someNotes())
+    for (const QRectF &note : someNotes(transform))
         draw(&painter, note);
+    return image;
+}
+
+/// At 10 ticks and a row of 8 pixels, the pixel at (0, 292) being pitch 0.
+QImage drawn(const QRectF &note, qreal bottom = 299)
+{
+    QImage image = blank();
+    QPainter painter(&image);
+    painter.setWorldTransform({0.1, 0, 0, -8, 0, bottom});
+    NotePainter(Qt::blue).draw(&painter, note, false);
     return image;
 }
 
@@ -62,12 +88,12 @@ void tst_NotePainter::itDrawsWhatARectangleItemWould_data()
             QTest::addRow("zoom %g %g", horizontal, vertical)
                 << QTransform(horizontal / 315, 0, 0, vertical, -31, 40 - vertical * 64) << false
                 << blue;
-    const QTransform usual(1 / 315.0, 0, 0, -8, -31, 600);
-    QTest::newRow("pressed") << usual << true << blue;
-    QTest::newRow("translucent") << usual << false << QColor(255, 0, 32, 100);
+    const QTransform common(1 / 315.0, 0, 0, -8, -31, 600);
+    QTest::newRow("pressed") << common << true << blue;
+    QTest::newRow("translucent") << common << false << QColor(255, 0, 32, 100);
     QTest::newRow("uneven rows") << QTransform(1 / 315.0, 0, 0, -8.3, -31, 600.5) << false << blue;
     QTest::newRow("upside down") << QTransform(1 / 315.0, 0, 0, 8, -31, -400) << false << blue;
-    QTest::newRow("turned") << QTransform(usual).rotate(20) << false << blue;
+    QTest::newRow("turned") << QTransform(common).rotate(20) << false << blue;
     QTest::newRow("huge") << QTransform(1 / 315.0, 0, 0, -300, 0, 300 * 62) << false << blue;
 }
 
@@ -87,12 +113,44 @@ void tst_NotePainter::itDrawsWhatARectangleItemWould()
         painter->setBrush(brush);
         painter->drawRect(note);
     });
-    int shown = 0;
-    for (int y = 0; y < drawn.height(); ++y)
-        for (int x = 0; x < drawn.width(); ++x)
-            if (drawn.pixel(x, y) != wanted.pixel(x, y) && ++shown < 12)
-                qDebug("%d %d %08x %08x", x, y, drawn.pixel(x, y), wanted.pixel(x, y));
     QCOMPARE(drawn, wanted);
+}
+
+void tst_NotePainter::aNarrowNoteIsALine_data()
+{
+    QTest::addColumn<QRectF>("note");
+    QTest::addColumn<QRect>("pixels");
+    QTest::newRow("no length") << QRectF(1000, 0, 0, 1) << QRect(100, 291, 1, 9);
+    QTest::newRow("within a pixel") << QRectF(1001, 0, 8, 1) << QRect(100, 291, 1, 9);
+    QTest::newRow("in two pixels") << QRectF(1008, 0, 4, 1) << QRect(100, 291, 2, 9);
+    QTest::newRow("a pixel long") << QRectF(1000, 0, 10, 1) << QRect(100, 291, 2, 9);
+}
+
+void tst_NotePainter::aNarrowNoteIsALine()
+{
+    QFETCH(QRectF, note);
+    QFETCH(QRect, pixels);
+    QImage wanted = blank();
+    QPainter(&wanted).fillRect(pixels, Qt::black);
+    QCOMPARE(drawn(note), wanted);
+}
+
+void tst_NotePainter::anEndlessNoteFillsItsRow_data()
+{
+    QTest::addColumn<qreal>("bottom");
+    QTest::newRow("whole pixels") << 299.0;
+    QTest::newRow("between pixels") << 298.7;
+}
+
+void tst_NotePainter::anEndlessNoteFillsItsRow()
+{
+    QFETCH(qreal, bottom);
+    const QImage wanted = drawn({-1000, 0, 10000, 1}, bottom);
+    QVERIFY(wanted != blank());
+    QCOMPARE(drawn({-1000, 0, 1e19, 1}, bottom), wanted);
+    QCOMPARE(drawn({-1e19, 0, 2e19, 1}, bottom), wanted);
+    QCOMPARE(drawn({1e19, 0, 1e19, 1}, bottom), blank());
+    QCOMPARE(drawn({-2e19, 0, 1e19, 1}, bottom), blank());
 }
 
 void tst_NotePainter::itLeavesThePainterAsItWas()

@@ -56,19 +56,19 @@ void tst_PianoRollKeyboard::keysAreBlackAndWhite()
 {
     Stage stage;
     QCOMPARE(stage.at(0.9, 60.5), gray(255)); // C
-    QCOMPARE(stage.at(0.3, 61.5), gray(64)); // C sharp
+    QCOMPARE(stage.at(0.3, 61.5), gray(64));  // C sharp
     QCOMPARE(stage.at(0.9, 62.5), gray(255)); // D
     QCOMPARE(stage.at(0.9, 71.5), gray(255)); // B
     QCOMPARE(stage.at(0.9, 60), gray(0));
-    QCOMPARE(stage.at(0.9, 65), gray(0)); // between E and F
+    QCOMPARE(stage.at(0.9, 65), gray(0));    // between E and F
     QCOMPARE(stage.at(0.9, 20.2), gray(48)); // below the lowest key
 }
 
 void tst_PianoRollKeyboard::blackKeysLieOnWhiteOnes()
 {
     Stage stage;
-    QCOMPARE(stage.at(0.6, 61.5), gray(0)); // its edge
-    QCOMPARE(stage.at(0.7, 61.3), gray(255)); // the white key beside it
+    QCOMPARE(stage.at(0.6, 61.5), gray(0));    // its edge
+    QCOMPARE(stage.at(0.7, 61.3), gray(255));  // the white key beside it
     QCOMPARE(stage.at(0.3, 61.667), gray(64)); // over the gap between C and D
     stage.keyboard.pressKey(60);
     stage.keyboard.pressKey(62);

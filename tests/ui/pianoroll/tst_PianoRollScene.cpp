@@ -64,8 +64,8 @@ QImage picture(PianoRollScene &scene, quint64 start = 0)
     QImage image(400, 32, QImage::Format_RGB32);
     image.fill(Qt::white);
     QPainter painter(&image);
-    scene.render(&painter, image.rect(),
-                 QRectF(static_cast<qreal>(start), 60, 400 * 315, 2), Qt::IgnoreAspectRatio);
+    scene.render(&painter, image.rect(), QRectF(static_cast<qreal>(start), 60, 400 * 315, 2),
+                 Qt::IgnoreAspectRatio);
     return image;
 }
 
@@ -82,7 +82,7 @@ struct Note {
 
 bool isNear(const QColor &one, const QColor &other)
 {
-    const int most = 8; // a sixteenth of the gradient
+    const int most = 12; // two rows of sixteen
     return std::abs(one.red() - other.red()) <= most
         && std::abs(one.green() - other.green()) <= most
         && std::abs(one.blue() - other.blue()) <= most;

@@ -111,10 +111,8 @@ void tst_PianoRollView::sidesStandInTheMargins()
         const QRect grid = stage.view.viewport()->geometry();
         const int edge = stage.view.frameWidth();
         QCOMPARE(grid.topLeft(), QPoint(40 + edge, 20 + edge));
-        QCOMPARE(stage.view.keyboard()->geometry(),
-                 QRect(edge, 20 + edge, 40, grid.height()));
-        QCOMPARE(stage.view.measureBar()->geometry(),
-                 QRect(40 + edge, edge, grid.width(), 20));
+        QCOMPARE(stage.view.keyboard()->geometry(), QRect(edge, 20 + edge, 40, grid.height()));
+        QCOMPARE(stage.view.measureBar()->geometry(), QRect(40 + edge, edge, grid.width(), 20));
     }
 }
 
@@ -395,7 +393,6 @@ void tst_PianoRollView::theFirstNotesAreShownInTheMiddle()
     view.resize(500, 300);
     view.show();
     QApplication::processEvents();
-    qDebug()<<view.mapFromScene(0,92.5)<<view.viewport()->height()<<view.verticalScrollBar()->value()<<view.verticalScrollBar()->minimum()<<view.verticalScrollBar()->maximum();
     QVERIFY(std::abs(view.mapFromScene(0, 92.5).y() - view.viewport()->height() / 2) <= 1);
     QCOMPARE(view.horizontalScrollBar()->value(), 0);
 }
@@ -413,7 +410,8 @@ void tst_PianoRollView::laterTracksDoNotMoveTheView()
     stage.setTrack(track);
     QApplication::processEvents();
     stage.view.resize(900, 500);
-    QCOMPARE(stage.view.verticalScrollBar()->value(), stage.view.verticalScrollBar()->minimum() + 5);
+    QCOMPARE(stage.view.verticalScrollBar()->value(),
+             stage.view.verticalScrollBar()->minimum() + 5);
     QCOMPARE(stage.view.horizontalScrollBar()->value(), 5000);
 }
 

@@ -172,8 +172,7 @@ void tst_PianoRollZooming::verticalStepsHaveFactors()
 void tst_PianoRollZooming::aQuarterIs96PixelsWideByDefault()
 {
     const RollStage stage;
-    QCOMPARE(stage.view.mapFromScene(QPointF(30240, 60))
-                 - stage.view.mapFromScene(QPointF(0, 61)),
+    QCOMPARE(stage.view.mapFromScene(QPointF(30240, 60)) - stage.view.mapFromScene(QPointF(0, 61)),
              QPoint(96, 8));
 }
 
