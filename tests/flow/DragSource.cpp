@@ -24,5 +24,5 @@ void DragSource::mouseMoveEvent(QMouseEvent *)
     hand.callOnTimeout(m_hand);
     hand.start(20);
     m_result = drag->exec(Qt::CopyAction);
-    m_isOver = true;
+    m_isDone = true;
 }

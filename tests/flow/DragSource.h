@@ -17,7 +17,8 @@ public:
     bool isWelcome() const { return m_isWelcome; }
     /// What became of the last drag, Qt::IgnoreAction when nobody took it.
     Qt::DropAction result() const { return m_result; }
-    bool isOver() const { return m_isOver; }
+    /// Whether a drag has come to its end.
+    bool isDone() const { return m_isDone; }
 
 protected:
     void mouseMoveEvent(QMouseEvent *event) override;
@@ -27,5 +28,5 @@ private:
     std::function<void()> m_hand;
     Qt::DropAction m_result = Qt::IgnoreAction;
     bool m_isWelcome = false;
-    bool m_isOver = false;
+    bool m_isDone = false;
 };

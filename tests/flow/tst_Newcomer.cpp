@@ -14,6 +14,7 @@
 
 #include <sndfile.h>
 
+#include <functional>
 #include <memory>
 
 namespace {
@@ -83,10 +84,9 @@ private:
     QString song(const char *name) const { return path("songs/") + text(name); }
     QJsonObject settings() const;
 
-    /// Presses the keys that open a menu and goes down to an entry of it.
+    /// Goes down to an entry of the menu that comes up.
+    void choose(const std::function<void()> &openMenu, int entry);
     void choose(const char *menuKeys, int entry);
-    void chooseFromOpenMenu(int entry);
-    void waitForMenu();
     /// Types names into the file dialog in front.
     void chooseFiles(const char *title, const QStringList &paths);
     void toMainWindow();
@@ -163,22 +163,17 @@ QJsonObject tst_Newcomer::settings() const
     return QJsonDocument::fromJson(fileContents(file)).object();
 }
 
-void tst_Newcomer::waitForMenu()
+void tst_Newcomer::choose(const std::function<void()> &openMenu, int entry)
 {
-    SEE(Desktop::windowCount(m_program.processId()), 2);
+    const int before = Desktop::windowCount(m_program.processId());
+    openMenu();
+    SEE(Desktop::windowCount(m_program.processId()), before + 1);
+    Desktop::press(downs(entry) << text("Return"));
 }
 
 void tst_Newcomer::choose(const char *menuKeys, int entry)
 {
-    const int before = Desktop::windowCount(m_program.processId());
-    Desktop::press(text(menuKeys));
-    SEE(Desktop::windowCount(m_program.processId()), before + 1);
-    chooseFromOpenMenu(entry);
-}
-
-void tst_Newcomer::chooseFromOpenMenu(int entry)
-{
-    Desktop::press(downs(entry) << text("Return"));
+    choose([menuKeys] { Desktop::press(text(menuKeys)); }, entry);
 }
 
 void tst_Newcomer::chooseFiles(const char *title, const QStringList &paths)
@@ -243,13 +238,10 @@ void tst_Newcomer::aRowIsMutedAndSoloed()
     m_view->click(1, MainWindowView::Mute);
     SEE(m_view->rows(), text("plain plain plain"));
 
-    m_view->click(1, MainWindowView::Mute, Desktop::Right);
-    waitForMenu();
-    chooseFromOpenMenu(2);
+    const auto openMenu = [this] { m_view->click(1, MainWindowView::Mute, Desktop::Right); };
+    choose(openMenu, 2);
     SEE(m_view->rows(), text("muted plain muted"));
-    m_view->click(1, MainWindowView::Mute, Desktop::Right);
-    waitForMenu();
-    chooseFromOpenMenu(2);
+    choose(openMenu, 2);
     SEE(m_view->rows(), text("plain plain plain"));
 }
 
@@ -355,7 +347,7 @@ void tst_Newcomer::droppedFilesReplaceTheSong()
     Desktop::movePointer({1750, 1050});
     Desktop::holdButton();
     Desktop::movePointer({1770, 1070});
-    SEE_THAT(icons.isOver());
+    SEE_THAT(icons.isDone());
     QCOMPARE(icons.result(), Qt::CopyAction);
 
     SEE(Desktop::frontTitle(), text("Import Files"));

@@ -8,6 +8,7 @@
 namespace {
 
 constexpr int Patience = 60000;
+constexpr QSize ScreenSize(1900, 1200);
 
 /// What a program for the desktop answers, an empty text when it fails: a window may go at any
 /// time.
@@ -59,9 +60,11 @@ Desktop::~Desktop()
 void Desktop::startServer()
 {
     m_server.setStandardErrorFile(QProcess::nullDevice());
-    m_server.start(QStringLiteral("Xvfb"),
-                   QString::fromLatin1("-displayfd 1 -screen 0 1900x1200x24 -nolisten tcp -noreset")
-                       .split(QLatin1Char(' ')));
+    const QString arguments =
+        QStringLiteral("-displayfd 1 -screen 0 %1x%2x24 -nolisten tcp -noreset")
+            .arg(ScreenSize.width())
+            .arg(ScreenSize.height());
+    m_server.start(QStringLiteral("Xvfb"), arguments.split(QLatin1Char(' ')));
     while (!m_server.canReadLine()) {
         if (!m_server.waitForReadyRead(Patience))
             qFatal("Xvfb does not work here; scripts/setup.sh installs it.");
@@ -134,11 +137,13 @@ void Desktop::type(const QString &text)
              QStringLiteral("--"), text});
 }
 
+/// The pointer does not stay: a tool tip would come up in front of what is looked at next.
 void Desktop::click(Window window, QPoint point, Button button)
 {
     xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"), QString::number(window),
              QString::number(point.x()), QString::number(point.y()), QStringLiteral("click"),
-             QString::number(button)});
+             QString::number(button), QStringLiteral("mousemove"),
+             QString::number(ScreenSize.width() - 1), QString::number(ScreenSize.height() - 1)});
 }
 
 void Desktop::movePointer(QPoint point)
