@@ -3,6 +3,7 @@
 // while it is scrolled and zoomed. Once with the notes as a long piece has them, once with 32 times
 // as many at a time.
 
+#include "Timing.h"
 #include "model/Track.h"
 #include "ui/pianoroll/PianoRollScene.h"
 #include "ui/pianoroll/PianoRollView.h"
@@ -44,38 +45,34 @@ Track makeTrack(int chord)
     return track;
 }
 
-/// How long the turns of the event loop take, until it has been idle for a while.
+/// How long the turns of the event loop take, until none has done much for a while. In processor
+/// time, as other programs may be running.
 class LoopWatch {
 public:
-    explicit LoopWatch(Clock::time_point start)
-        : m_start(start)
-        , m_last(start)
-    {
-    }
     void watch()
     {
         constexpr double busy = 2;
-        constexpr double idle = 200;
-        while (milliseconds(m_lastBusy) < idle) {
-            QApplication::processEvents();
-            const double turn = milliseconds(m_last);
-            m_last = Clock::now();
-            m_worst = std::max(m_worst, turn);
-            if (turn > busy)
-                m_lastBusy = m_last;
-        }
+        constexpr double idle = 300;
+        for (auto last = Clock::now(); milliseconds(last) < idle;)
+            if (turn() > busy)
+                last = Clock::now();
     }
     double worst() const { return m_worst; }
-    double busyFor() const
-    {
-        return std::chrono::duration<double, std::milli>(m_lastBusy - m_start).count();
-    }
+    double sum() const { return m_sum; }
 
 private:
-    Clock::time_point m_start;
-    Clock::time_point m_last;
-    Clock::time_point m_lastBusy = Clock::now();
+    double turn()
+    {
+        const double start = Bench::ownSeconds();
+        QApplication::processEvents();
+        const double time = (Bench::ownSeconds() - start) * 1e3;
+        m_worst = std::max(m_worst, time);
+        m_sum += time;
+        return time;
+    }
+
     double m_worst = 0;
+    double m_sum = 0;
 };
 
 /// What is shown, and how it is changed.
@@ -161,24 +158,24 @@ private:
 
 template <typename Step> double framesPerSecond(QGraphicsView &view, int frames, Step step)
 {
-    const auto start = Clock::now();
+    const double start = Bench::ownSeconds();
     for (int frame = 0; frame < frames; ++frame) {
         step(frame);
         QApplication::processEvents();
         view.viewport()->repaint(0, 0, 1, 1); // what is still to be painted, too
     }
-    return frames * 1e3 / milliseconds(start);
+    return frames / (Bench::ownSeconds() - start);
 }
 
 void fill(Subject &subject, const Track &track, const char *what)
 {
-    const auto start = Clock::now();
+    const double start = Bench::ownSeconds();
     subject.setTrack(track);
-    const double call = milliseconds(start);
-    LoopWatch loop(start);
+    const double call = (Bench::ownSeconds() - start) * 1e3;
+    LoopWatch loop;
     loop.watch();
     std::printf("  %-26s %8.1f ms, all done after %.0f ms, longest stall %.1f ms\n", what, call,
-                loop.busyFor(), loop.worst());
+                call + loop.sum(), std::max(call, loop.worst()));
 }
 
 void report(const char *what, double rate)

@@ -11,9 +11,11 @@ run_packages=(cmake ninja-build g++ ccache pkg-config qtbase5-dev libsndfile1-de
     libpcre2-dev libvorbis-dev libogg-dev libsdl2-dev)
 # Without a font the tests that draw would draw boxes. midicsv is a second reader of MIDI files. Of
 # the others some are a sound server that the tests start for themselves, and what records it; the
-# last line is what reads the files for the desktop and the manual.
+# next line is a screen with windows, and the hands and eyes on it; the last line is what reads the
+# files for the desktop and the manual.
 test_packages=(fonts-dejavu-core midicsv pipewire pipewire-bin pipewire-pulse wireplumber
     dbus-daemon pulseaudio-utils
+    xvfb openbox xdotool x11-utils
     appstream bsdextrautils desktop-file-utils mandoc shared-mime-info)
 # rsvg-convert draws the icons.
 check_packages=(git clang clang-format clang-tidy libclang-rt-14-dev librsvg2-bin)

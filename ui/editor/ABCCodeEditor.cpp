@@ -45,8 +45,6 @@ ABCCodeEditor::ABCCodeEditor(QWidget *parent)
     : QPlainTextEdit(parent)
     , m_lineNumberArea(new EditorLineNumberArea(this))
 {
-    // Under a horizontal scroll bar, which is as wide as the frame.
-    m_lineNumberArea->lower();
     connect(this, &QPlainTextEdit::blockCountChanged, this, &ABCCodeEditor::onBlockCountChanged);
     connect(this, &QPlainTextEdit::updateRequest, this, &ABCCodeEditor::onUpdateRequest);
     connect(this, &QPlainTextEdit::cursorPositionChanged, this,

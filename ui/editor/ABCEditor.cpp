@@ -92,6 +92,7 @@ ABCEditor::~ABCEditor()
 void ABCEditor::setUpText()
 {
     m_ui->txtABC->setFont(textFont());
+    m_ui->txtABC->setFocus();
     connect(m_ui->txtABC, &QPlainTextEdit::cursorPositionChanged, this,
             &ABCEditor::onCursorChanged);
     connect(m_ui->txtABC, &QPlainTextEdit::textChanged, this, &ABCEditor::onContentChanged);

@@ -102,7 +102,7 @@ void FindReplaceDialog::search(Work work)
 {
     keepTexts();
     try {
-        const QString outcome = done(work);
+        const QString outcome = messageOf(work);
         if (!outcome.isEmpty())
             MessageBoxes::information(this, windowTitle(), outcome);
     } catch (const QString &message) {
@@ -112,7 +112,7 @@ void FindReplaceDialog::search(Work work)
     }
 }
 
-QString FindReplaceDialog::done(Work work)
+QString FindReplaceDialog::messageOf(Work work)
 {
     const std::unique_ptr<TextPattern> pattern = this->pattern();
     SearchProgress progress(this, windowTitle());

@@ -38,7 +38,7 @@ private:
     void keepChoices();
     void keepTexts();
     void search(Work work);
-    QString done(Work work);
+    QString messageOf(Work work);
     std::unique_ptr<TextPattern> pattern() const;
     Qt::CaseSensitivity caseSensitivity() const;
     TextSearch::Direction direction() const;

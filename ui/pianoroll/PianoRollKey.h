@@ -8,6 +8,8 @@ public:
     /// `note` is a pitch of PianoKeys.
     explicit PianoRollKey(int note);
 
+    quint32 note() const { return m_note; }
+
     /// Presses are counted, so that notes of one pitch may overlap: the key is up again after as
     /// many releases, or a reset.
     void press();

@@ -148,14 +148,11 @@ void PianoRollView::drawBackground(QPainter *painter, const QRectF &rect)
     PianoRollGrid::drawBeats(painter, rect, {m_ticksPerBeat, m_beatsPerMeasure});
 }
 
-// A pixel more on both sides: the line's pixel may belong to a strip that its exact place does not
-// lie in.
 void PianoRollView::drawForeground(QPainter *painter, const QRectF &rect)
 {
     m_hasShownNotes = m_hasShownNotes || shownTrack().noteCount() > 0;
-    const qreal pixel = 1 / PianoRollZoom::pixelsPerTick(m_hZoom);
     const auto x = static_cast<qreal>(m_position);
-    if (!m_playing || x < rect.left() - pixel || x > rect.right() + pixel)
+    if (!m_playing || x < rect.left() || x > rect.right())
         return;
     painter->setRenderHint(QPainter::Antialiasing, false);
     PianoRollGrid::drawLine(painter, rect, x, {192, 192, 192});
@@ -168,10 +165,9 @@ void PianoRollView::resizeEvent(QResizeEvent *event)
     centreNotes();
 }
 
-// The graphics view's would move it.
-void PianoRollView::showEvent(QShowEvent *event)
+// Without the graphics view's, which would move it to a place of earlier.
+void PianoRollView::showEvent(QShowEvent *)
 {
-    QAbstractScrollArea::showEvent(event);
     centreNotes();
 }
 

@@ -17,7 +17,4 @@ SideView::SideView(QGraphicsView *leader, const QRectF &sceneRect, const QColor 
 }
 
 // The graphics view's would move it, and the leader with it.
-void SideView::showEvent(QShowEvent *event)
-{
-    QAbstractScrollArea::showEvent(event);
-}
+void SideView::showEvent(QShowEvent *) { }

@@ -47,10 +47,7 @@ Track EditorStage::trackOf(const QString &abc)
 
 bool EditorStage::show()
 {
-    if (!WidgetDriver::show(*editor))
-        return false;
-    text().setFocus();
-    return text().hasFocus();
+    return WidgetDriver::show(*editor) && text().hasFocus();
 }
 
 ABCCodeEditor &EditorStage::text() const

@@ -26,7 +26,7 @@ public:
     static QString longTune(int count);
     static Track trackOf(const QString &abc);
 
-    /// Lets keys go to the editor's text.
+    /// False when keys do not go to the editor's text then.
     bool show();
 
     Track track;

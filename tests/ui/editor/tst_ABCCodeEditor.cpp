@@ -156,6 +156,18 @@ private slots:
         QCOMPARE(m_editor->viewport()->x(), m_editor->contentsRect().left() + digit(*m_editor) + 5);
     }
 
+    void theGutterFollowsAFontSetBeforeTheEditorIsShown()
+    {
+        ABCCodeEditor editor;
+        editor.setPlainText(lines(10));
+        editor.setFont(QFont(QStringLiteral("DejaVu Sans Mono"), 30));
+        const int width = 2 * digit(editor) + 5;
+        QCOMPARE(gutterOf(editor)->width(), width);
+        QVERIFY(show(editor));
+        QCOMPARE(gutterOf(editor)->width(), width);
+        QCOMPARE(editor.viewport()->x(), editor.contentsRect().left() + width);
+    }
+
     void theGutterFollowsTheSize()
     {
         m_editor->resize(500, 450);

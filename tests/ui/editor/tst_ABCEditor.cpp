@@ -260,6 +260,14 @@ private slots:
         QVERIFY(places.lastKey() > stage.editor->width() * 7 / 12);
     }
 
+    void keysGoToTheTextAtOnce()
+    {
+        EditorStage stage;
+        QVERIFY(WidgetDriver::show(*stage.editor));
+        type(QStringLiteral("%"));
+        QVERIFY(stage.shownText().startsWith(QLatin1String("%X:1")));
+    }
+
     void labelsFollowTheKeys()
     {
         EditorStage stage;

@@ -249,6 +249,22 @@ private slots:
         QCOMPARE(pressedKeys(stage), QStringList());
     }
 
+    void soundingNotesAreHighlightedUntilTheEnd()
+    {
+        storeVisible(true);
+        EditorStage stage;
+        QVERIFY(stage.show());
+        const auto seen = [&stage] { return view(stage).viewport()->grab().toImage(); };
+        const QImage before = seen();
+        stage.editor->onNotePressed(eventOf(stage.track, 60));
+        QVERIFY(seen() != before);
+        stage.editor->onNoteReleased(eventOf(stage.track, 60));
+        QVERIFY(seen() == before);
+        stage.editor->onNotePressed(eventOf(stage.track, 60));
+        stage.editor->onTrackPlaying(false);
+        QVERIFY(seen() == before);
+    }
+
     void eventsThatAreNotThereAreIgnored_data()
     {
         QTest::addColumn<int>("event");

@@ -315,10 +315,18 @@ private slots:
         QVERIFY(isChecked("optDocument"));
     }
 
+    void theTextToFindIsReadyToBeWrittenOver_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::newRow("focus elsewhere") << int(Qt::Key_Tab);
+        QTest::newRow("nothing selected") << int(Qt::Key_End);
+    }
+
     void theTextToFindIsReadyToBeWrittenOver()
     {
+        QFETCH(int, key);
         write("txtFind", QStringLiteral("old"));
-        press(Qt::Key_Tab);
+        press(Qt::Key(key));
         press(Qt::Key_Escape);
         QVERIFY(!m_dialog->isVisible());
         QVERIFY(show(*m_window));

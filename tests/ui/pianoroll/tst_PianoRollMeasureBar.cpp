@@ -132,8 +132,8 @@ void tst_PianoRollMeasureBar::numbersCountFromOne()
     const QRect area(2, 0, 100, 20);
     const QRect ink = inkIn(stage.picture(), area);
     const QRect wantedInk = inkIn(wanted, area);
-    QVERIFY(wantedInk.adjusted(-1, -1, 1, 1).contains(ink));
-    QVERIFY(ink.adjusted(-1, -1, 1, 1).contains(wantedInk));
+    QVERIFY(wantedInk.adjusted(-2, -1, 2, 1).contains(ink));
+    QVERIFY(ink.adjusted(-2, -1, 2, 1).contains(wantedInk));
 }
 
 void tst_PianoRollMeasureBar::aNumberDoesNotLeaveItsMeasure()

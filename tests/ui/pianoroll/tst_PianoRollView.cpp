@@ -33,6 +33,8 @@ private slots:
     void theLineIsWhereThePositionIs();
     void theLineIsPaintedAlone();
     void theLineSurvivesScrolling();
+    void aPressedNoteIsPaintedAlone();
+    void hidingAndShowingKeepsThePlace();
     void aPositionOutsideIsBroughtIntoView();
     void aPositionInSightDoesNotScroll();
     void aPositionBeyondAllEndsIsBounded();
@@ -338,6 +340,44 @@ void tst_PianoRollView::theLineSurvivesScrolling()
         stage.view.horizontalScrollBar()->setValue(step * 7);
         if (step % 3 == 0)
             QCOMPARE(shown(stage), paintedAnew(stage));
+    }
+}
+
+void tst_PianoRollView::aPressedNoteIsPaintedAlone()
+{
+    RollStage stage;
+    stage.setTrack(trackOf({60, 62, 64}));
+    const QImage before = shown(stage);
+    PaintWatch watch(stage.view.viewport());
+    stage.scene.pressNote(1);
+    QApplication::processEvents();
+    QVERIFY(shown(stage) != before);
+    QCOMPARE(shown(stage), paintedAnew(stage));
+    stage.scene.releaseNote(1);
+    QCOMPARE(shown(stage), before);
+    watch.painted = {};
+    stage.scene.pressNote(1);
+    QApplication::processEvents();
+    const int top = stage.view.mapFromScene(30240, 63).y();
+    QVERIFY(QRect(94, top - 2, 100, 12).contains(watch.painted.boundingRect()));
+    stage.scene.releaseAll();
+    QCOMPARE(shown(stage), before);
+}
+
+void tst_PianoRollView::hidingAndShowingKeepsThePlace()
+{
+    RollStage stage;
+    stage.setTrack(longTrack());
+    QApplication::processEvents();
+    stage.view.horizontalScrollBar()->setValue(12345);
+    stage.view.verticalScrollBar()->setValue(stage.view.verticalScrollBar()->minimum() + 7);
+    for (int i = 0; i < 3; ++i) {
+        stage.view.hide();
+        stage.view.show();
+        QApplication::processEvents();
+        QCOMPARE(stage.view.horizontalScrollBar()->value(), 12345);
+        QCOMPARE(stage.view.verticalScrollBar()->value(),
+                 stage.view.verticalScrollBar()->minimum() + 7);
     }
 }
 
