@@ -1,8 +1,8 @@
 #include "demo/DemoGame.h"
 
 #include "ABC/ABCParser.h"
-#include "support/MessageCapture.h"
 #include "demo/Instruments.h"
+#include "support/MessageCapture.h"
 
 #include <QDir>
 #include <QTemporaryDir>
