@@ -236,12 +236,15 @@ void MainWindow::onRenderFailed(const QString &message)
     MessageBoxes::critical(this, tr("Export to wave"), message);
 }
 
-/// Later, since both may be on the way of the signal that this is called by.
+/// Deleted later, since both may be on the way of the signal that this is called by. Later is not
+/// before a box is answered that the caller shows, so the dialog is hidden now.
 void MainWindow::endRender()
 {
     if (m_renderer)
         m_renderer.release()->deleteLater();
-    if (m_progressDialog != nullptr)
+    if (m_progressDialog != nullptr) {
+        m_progressDialog->hide();
         m_progressDialog->deleteLater();
+    }
     m_progressDialog = nullptr;
 }
