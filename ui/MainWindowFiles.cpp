@@ -60,6 +60,8 @@ void MainWindow::onImportMidi()
                                                tr("MIDI files (*.mid)"), Settings::DirMidiOpen);
     if (path.isEmpty())
         return;
+    if (paths.isEmpty())
+        return;
     offerToClear(tr("Import MIDI"));
     loadMidiFile(path);
     updateTrackLengths();
