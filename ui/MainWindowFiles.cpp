@@ -21,8 +21,19 @@
 #include <QProgressDialog>
 #include <QScopeGuard>
 #include <QStatusBar>
+#include <QTimer>
+
+#include <chrono>
 
 namespace {
+
+constexpr std::chrono::milliseconds RetryAfter(50);
+
+bool isDialogOrMenuOpen()
+{
+    return QApplication::activeModalWidget() != nullptr
+        || QApplication::activePopupWidget() != nullptr;
+}
 
 /// The window would wait for what comes out of a pipe or a device, perhaps for ever.
 void refuseEndless(const QString &path)
@@ -49,6 +60,8 @@ void MainWindow::onLoadABC()
 {
     const QStringList paths = FileDialogs::openFiles(this, tr("Choose ABC file(s) to open"),
                                                      tr("ABC files (*.abc)"), Settings::DirAbcOpen);
+    if (paths.isEmpty())
+        return;
     for (const QString &path : paths)
         loadABCFile(path);
     updateTrackLengths();
@@ -59,8 +72,6 @@ void MainWindow::onImportMidi()
     const QString path = FileDialogs::openFile(this, tr("Choose MIDI file to import..."),
                                                tr("MIDI files (*.mid)"), Settings::DirMidiOpen);
     if (path.isEmpty())
-        return;
-    if (paths.isEmpty())
         return;
     offerToClear(tr("Import MIDI"));
     loadMidiFile(path);
@@ -100,11 +111,19 @@ void MainWindow::dropEvent(QDropEvent *event)
         return;
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    const auto open = [this, urls] {
-        offerToClear(tr("Import Files"));
-        openUrls(urls);
-    };
-    QMetaObject::invokeMethod(this, open, Qt::QueuedConnection);
+    QTimer::singleShot(0, this, [this, urls] { openDropped(urls); });
+}
+
+/// Files that were dropped on a busy window may come to a dialog or a menu that was asked for right
+/// behind them. Those can belong to rows that the answer removes, so they are waited for.
+void MainWindow::openDropped(const QList<QUrl> &urls)
+{
+    if (isDialogOrMenuOpen()) {
+        QTimer::singleShot(RetryAfter, this, [this, urls] { openDropped(urls); });
+        return;
+    }
+    offerToClear(tr("Import Files"));
+    openUrls(urls);
 }
 
 void MainWindow::openUrls(const QList<QUrl> &urls)

@@ -54,6 +54,7 @@ private slots:
     void droppedFilesAreOpened();
     void aDropAsksWhetherToKeepTracks_data();
     void aDropAsksWhetherToKeepTracks();
+    void aDropWaitsForTheDialogInFront();
     void aDropIsACopy();
     void aDroppedNameMayBeAnyBytes();
 
@@ -398,6 +399,23 @@ void tst_MainWindowOpening::aDropAsksWhetherToKeepTracks()
     m_stage->drop({m_stage->tune("New")});
     QCOMPARE(seen(), QStringList{question("Import Files")});
     QTEST(titles(), "expected");
+}
+
+/// Both may have waited for a busy window. The dialog belongs to a row that the answer removes.
+void tst_MainWindowOpening::aDropWaitsForTheDialogInFront()
+{
+    m_stage->paste(abc("There", "K:C\nC"));
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(m_stage->tune("New"))});
+    QDropEvent drop(QPointF(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    static_cast<QObject &>(m_stage->window()).event(&drop);
+    m_stage->answers().choose(m_stage->path("saved.abc")).press("Yes");
+    m_stage->trigger("actionSave_All");
+    QTRY_VERIFY(m_stage->answers().isDone());
+    QVERIFY(seen().first().startsWith(text("chooser [Save track 'There' as..]")));
+    QCOMPARE(seen().last(), question("Import Files"));
+    QVERIFY(QFile::exists(m_stage->path("saved.abc")));
+    QTRY_COMPARE(titles(), text("New"));
 }
 
 /// Whoever offers the files to be moved must not be told that they were.
