@@ -120,7 +120,7 @@ private:
     void updateHint();
     void scrollToNewRows();
 
-    void openDropped(const QList<QUrl> &urls);
+    void openDropped(const QList<QUrl> &urls, int loops);
     void openUrls(const QList<QUrl> &urls);
     void loadABCFile(const QString &path);
     void loadABCText(const QString &text);

@@ -21,6 +21,7 @@
 #include <QProgressDialog>
 #include <QScopeGuard>
 #include <QStatusBar>
+#include <QThread>
 #include <QTimer>
 
 #include <chrono>
@@ -29,10 +30,9 @@ namespace {
 
 constexpr std::chrono::milliseconds RetryAfter(50);
 
-bool isDialogOrMenuOpen()
+int eventLoops()
 {
-    return QApplication::activeModalWidget() != nullptr
-        || QApplication::activePopupWidget() != nullptr;
+    return QThread::currentThread()->loopLevel();
 }
 
 /// The window would wait for what comes out of a pipe or a device, perhaps for ever.
@@ -111,15 +111,17 @@ void MainWindow::dropEvent(QDropEvent *event)
         return;
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    QTimer::singleShot(0, this, [this, urls] { openDropped(urls); });
+    const int loops = eventLoops();
+    QTimer::singleShot(0, this, [this, urls, loops] { openDropped(urls, loops); });
 }
 
 /// Files that were dropped on a busy window may come to a dialog or a menu that was asked for right
-/// behind them. Those can belong to rows that the answer removes, so they are waited for.
-void MainWindow::openDropped(const QList<QUrl> &urls)
+/// behind them. Those can belong to rows that the answer removes, so their end is waited for: that
+/// of their event loops, which comes a little later than that of what is seen.
+void MainWindow::openDropped(const QList<QUrl> &urls, int loops)
 {
-    if (isDialogOrMenuOpen()) {
-        QTimer::singleShot(RetryAfter, this, [this, urls] { openDropped(urls); });
+    if (eventLoops() > loops) {
+        QTimer::singleShot(RetryAfter, this, [this, urls, loops] { openDropped(urls, loops); });
         return;
     }
     offerToClear(tr("Import Files"));
