@@ -5,8 +5,8 @@
 QString aboutText(const QString &version)
 {
     // The second <i> ought to close the first; every version of the program has had it so.
-    const QString title =
-        QStringLiteral("<html><b>Quillmoor Composer (v<i>%1<i>)</b><br/>").arg(version);
+    const QString title = QStringLiteral("<html><b>Quillmoor Composer (v<i>%1<i>)</b><br/>")
+                              .arg(version.toHtmlEscaped());
     const QStringList lines = {
         title,
         QStringLiteral("Copyright © 2026 the Quillmoor Composer developers. All rights reserved."),

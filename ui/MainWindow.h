@@ -151,6 +151,7 @@ private:
 
     TrackColumn m_column;
     QList<QUrl> m_dropped;                  // not opened yet
+    int m_loopsAtDrop = 0;                  // of the event loops that were running
     QTimer m_openTimer;                     // when the drop is over
     QTimer m_scrollTimer;                   // when the layout has placed new rows
     EmptyHint *m_hint = nullptr;            // a child

@@ -21,10 +21,19 @@
 #include <QProgressDialog>
 #include <QScopeGuard>
 #include <QStatusBar>
+#include <QThread>
 
+#include <chrono>
 #include <utility>
 
 namespace {
+
+constexpr std::chrono::milliseconds RetryAfter(50);
+
+int eventLoops()
+{
+    return QThread::currentThread()->loopLevel();
+}
 
 /// The window would wait for what comes out of a pipe or a device, perhaps for ever.
 void refuseEndless(const QString &path)
@@ -51,6 +60,8 @@ void MainWindow::onLoadABC()
 {
     const QStringList paths = FileDialogs::openFiles(this, tr("Choose ABC file(s) to open"),
                                                      tr("ABC files (*.abc)"), Settings::DirAbcOpen);
+    if (paths.isEmpty())
+        return;
     for (const QString &path : paths)
         loadABCFile(path);
     updateTrackLengths();
@@ -100,12 +111,21 @@ void MainWindow::dropEvent(QDropEvent *event)
         return;
     event->setDropAction(Qt::CopyAction);
     event->accept();
+    if (m_dropped.isEmpty())
+        m_loopsAtDrop = eventLoops();
     m_dropped += urls;
-    m_openTimer.start();
+    m_openTimer.start(0);
 }
 
+/// Files that were dropped on a busy window may come to a dialog or a menu that was asked for right
+/// behind them. Those can belong to rows that the answer removes, so their end is waited for: that
+/// of their event loops, which comes a little later than that of what is seen.
 void MainWindow::openDropped()
 {
+    if (eventLoops() > m_loopsAtDrop) {
+        m_openTimer.start(RetryAfter);
+        return;
+    }
     const QList<QUrl> urls = std::exchange(m_dropped, {});
     offerToClear(tr("Import Files"));
     openUrls(urls);
@@ -242,12 +262,15 @@ void MainWindow::onRenderFailed(const QString &message)
     MessageBoxes::critical(this, tr("Export to wave"), message);
 }
 
-/// Later, since both may be on the way of the signal that this is called by.
+/// Deleted later, since both may be on the way of the signal that this is called by. Later is not
+/// before a box is answered that the caller shows, so the dialog is hidden now.
 void MainWindow::endRender()
 {
     if (m_renderer)
         m_renderer.release()->deleteLater();
-    if (m_progressDialog != nullptr)
+    if (m_progressDialog != nullptr) {
+        m_progressDialog->hide();
         m_progressDialog->deleteLater();
+    }
     m_progressDialog = nullptr;
 }

@@ -8,6 +8,7 @@ class tst_AboutText : public QObject {
 
 private slots:
     void linesAreInOrder();
+    void theVersionIsNoMarkup();
 };
 
 void tst_AboutText::linesAreInOrder()
@@ -27,6 +28,13 @@ void tst_AboutText::linesAreInOrder()
     QCOMPARE(lines.at(8), QString());
     QVERIFY(lines.at(9).contains(QStringLiteral("rights holder")));
     QVERIFY(lines.at(10).contains(QStringLiteral("not affiliated")));
+}
+
+void tst_AboutText::theVersionIsNoMarkup()
+{
+    QVERIFY(aboutText(QStringLiteral("<b>9 & 8"))
+                .startsWith(QStringLiteral(
+                    "<html><b>Quillmoor Composer (v<i>&lt;b&gt;9 &amp; 8<i>)</b><br/>")));
 }
 
 QTEST_APPLESS_MAIN(tst_AboutText)

@@ -29,6 +29,7 @@ private slots:
     void anExportMustEndBeforeTheNext();
     void oneExportFollowsAnother();
     void aFailureIsShown();
+    void aFailureEndsTheProgressBeforeItsBox();
     void aFailureLeavesTheWindowReady();
     void theWindowClosesWhileItExports();
 
@@ -227,6 +228,19 @@ void tst_MainWindowExport::aFailureIsShown()
              text("critical [Export to wave] Could not write /proc/a.wav: No such file or "
                   "directory (OK)"));
     QTRY_VERIFY(!isExporting());
+}
+
+void tst_MainWindowExport::aFailureEndsTheProgressBeforeItsBox()
+{
+    m_stage->pasteTunes(1);
+    bool isProgressSeen = true;
+    m_stage->answers().choose(text("/proc/a.wav")).visit([&](QWidget &box) {
+        isProgressSeen = dialog() != nullptr && dialog()->isVisible();
+        QTest::keyClick(&box, Qt::Key_Return);
+    });
+    m_stage->trigger("actionExport_to_Wav");
+    QTRY_VERIFY(m_stage->answers().isDone());
+    QVERIFY(!isProgressSeen);
 }
 
 /// The drum has one note only.

@@ -5,6 +5,7 @@
 #include "support/MidiBuilder.h"
 
 #include <QClipboard>
+#include <QContextMenuEvent>
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QSignalSpy>
@@ -54,6 +55,8 @@ private slots:
     void droppedFilesAreOpened();
     void aDropAsksWhetherToKeepTracks_data();
     void aDropAsksWhetherToKeepTracks();
+    void aDropWaitsForTheDialogInFront();
+    void aDropWaitsForTheMenuOfARow();
     void aDropIsACopy();
     void aDroppedNameMayBeAnyBytes();
 
@@ -83,6 +86,15 @@ bool isAccepted(MainWindow &window, const QList<QUrl> &urls)
     event.ignore();
     QApplication::sendEvent(&window, &event);
     return event.isAccepted();
+}
+
+/// What is dropped waits until the event loop comes to it.
+void dropUnopened(MainWindow &window, const QString &path)
+{
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(path)});
+    QDropEvent event(QPointF(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    static_cast<QObject &>(window).event(&event);
 }
 
 void copy(const QStringList &paths)
@@ -398,6 +410,34 @@ void tst_MainWindowOpening::aDropAsksWhetherToKeepTracks()
     m_stage->drop({m_stage->tune("New")});
     QCOMPARE(seen(), QStringList{question("Import Files")});
     QTEST(titles(), "expected");
+}
+
+/// Both may have waited for a busy window. The dialog belongs to a row that the answer removes.
+void tst_MainWindowOpening::aDropWaitsForTheDialogInFront()
+{
+    m_stage->paste(abc("There", "K:C\nC"));
+    dropUnopened(m_stage->window(), m_stage->tune("New"));
+    m_stage->answers().choose(m_stage->path("saved.abc")).press("Yes");
+    m_stage->trigger("actionSave_All");
+    QTRY_VERIFY(m_stage->answers().isDone());
+    QVERIFY(seen().first().startsWith(text("chooser [Save track 'There' as..]")));
+    QCOMPARE(seen().last(), question("Import Files"));
+    QVERIFY(QFile::exists(m_stage->path("saved.abc")));
+    QTRY_COMPARE(titles(), text("New"));
+}
+
+void tst_MainWindowOpening::aDropWaitsForTheMenuOfARow()
+{
+    m_stage->paste(abc("There", "K:C\nC"));
+    dropUnopened(m_stage->window(), m_stage->tune("New"));
+    QTimer::singleShot(100, [] { QApplication::activePopupWidget()->close(); });
+    m_stage->answers().press("Yes");
+    auto *const button = m_stage->control<QWidget>("T1", "btnEdit");
+    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(3, 3), button->mapToGlobal({3, 3}));
+    QApplication::sendEvent(button, &event);
+    QVERIFY(seen().isEmpty());
+    QTRY_VERIFY(m_stage->answers().isDone());
+    QTRY_COMPARE(titles(), text("New"));
 }
 
 /// Whoever offers the files to be moved must not be told that they were.

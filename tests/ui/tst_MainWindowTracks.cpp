@@ -55,6 +55,7 @@ private slots:
 
     void allRowsShareOneTimeAxis();
     void removingSelectedRowsKeepsTheTimeAxis();
+    void aCancelledOpeningKeepsTheTimeAxis();
 
     void slotsForRowsIgnoreOthers();
 
@@ -157,6 +158,8 @@ void tst_MainWindowTracks::theInstrumentIsChosen_data()
     QTest::newRow("named") << QByteArray("I:instrument Flute\n") << text("Flute");
     QTest::newRow("any case") << QByteArray("I:INSTRUMENT fLUTE\n") << text("Flute");
     QTest::newRow("unknown") << QByteArray("I:instrument Harp\n") << text("Lute");
+    QTest::newRow("more than one")
+        << QByteArray("I:instrument Flute\nI:instrument Drum\n") << text("Flute");
     QTest::newRow("other field") << QByteArray("I:instruments Flute\n") << text("Lute");
 }
 
@@ -490,6 +493,17 @@ void tst_MainWindowTracks::removingSelectedRowsKeepsTheTimeAxis()
     m_stage->paste(abc("Long", "K:C\nCC"));
     m_stage->select({text("T2")});
     m_stage->trigger("actionRemove_Selected");
+    QCOMPARE(timeAxis("T1"), quint64{60480});
+}
+
+void tst_MainWindowTracks::aCancelledOpeningKeepsTheTimeAxis()
+{
+    m_stage->paste(abc("Short", "K:C\nC"));
+    m_stage->paste(abc("Long", "K:C\nCC"));
+    m_stage->select({text("T2")});
+    m_stage->trigger("actionRemove_Selected");
+    m_stage->answers().cancel();
+    m_stage->trigger("actionOpen");
     QCOMPARE(timeAxis("T1"), quint64{60480});
 }
 

@@ -1,5 +1,7 @@
 #include "ui/dialogs/FileDialogs.h"
 
+#include "ui/dialogs/MessageBoxes.h"
+
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -17,11 +19,32 @@ void remember(const QString &path, Settings::Setting setting)
         Settings::instance().setValue(setting, QFileInfo(path).absolutePath());
 }
 
+/// The file dialog's own question would read the name as rich text where it looks like that.
+bool mayBeWritten(const QString &path, QWidget *parent, const QString &title)
+{
+    const QFileInfo file(path);
+    return !file.exists()
+        || MessageBoxes::warningQuestion(
+            parent, title,
+            QFileDialog::tr("%1 already exists.\nDo you want to replace it?").arg(file.fileName()));
+}
+
 /// "abc" of "ABC Files (*.abc)".
 QString suffixOf(const QString &filter)
 {
     static const QRegularExpression pattern(QStringLiteral("\\*\\.(\\w+)"));
     return pattern.match(filter).captured(1);
+}
+
+/// Empty when the dialog is cancelled.
+QString chosenForWriting(QFileDialog &dialog)
+{
+    while (dialog.exec() == QDialog::Accepted) {
+        QString path = dialog.selectedFiles().value(0);
+        if (mayBeWritten(path, dialog.parentWidget(), dialog.windowTitle()))
+            return path;
+    }
+    return {};
 }
 
 } // namespace
@@ -51,10 +74,9 @@ QString FileDialogs::saveFile(QWidget *parent, const QString &caption, const QSt
     dialog.setAcceptMode(QFileDialog::AcceptSave);
     dialog.setFileMode(QFileDialog::AnyFile);
     dialog.setDefaultSuffix(suffixOf(filter));
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.selectFile(name);
-    if (dialog.exec() != QDialog::Accepted)
-        return {};
-    QString path = dialog.selectedFiles().value(0);
+    QString path = chosenForWriting(dialog);
     remember(path, chosen);
     return path;
 }

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QtTest>
 
 using namespace WidgetDriver;
@@ -105,6 +106,20 @@ private slots:
         QCOMPARE(answers.seen().value(1),
                  QStringLiteral("warning [Save it as..] tune.abc already exists.\n"
                                 "Do you want to replace it? (Yes,No)"));
+    }
+
+    void aNameOfAnExistingFileIsNoMarkup()
+    {
+        makeFile(path("<b>x<b>.abc"));
+        Qt::TextFormat format = Qt::AutoText;
+        DialogAnswers answers;
+        answers.choose(path("<b>x<b>.abc")).visit([&](QWidget &box) {
+            format = qobject_cast<QMessageBox *>(&box)->textFormat();
+            press(Qt::Key_Escape);
+        });
+        answers.cancel();
+        QCOMPARE(save(), QString());
+        QCOMPARE(format, Qt::PlainText);
     }
 
     void saveStaysOpenWhenAFileShallNotBeReplaced()
