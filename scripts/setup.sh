@@ -20,7 +20,8 @@ test_packages=(fonts-dejavu-core midicsv pipewire pipewire-bin pipewire-pulse wi
 # rsvg-convert draws the icons.
 check_packages=(git clang clang-format clang-tidy libclang-rt-14-dev librsvg2-bin)
 # What the benchmarks compare with.
-bench_packages=(libopenal-dev libsqlite3-dev abcmidi midicsv fluidsynth timgm6mb-soundfont)
+bench_packages=(libopenal-dev libsqlite3-dev abcmidi midicsv fluidsynth timgm6mb-soundfont
+    libxcb1-dev qabc xvfb openbox xdotool)
 # cpack asks these what the programs depend on.
 package_packages=(dpkg-dev file)
 
