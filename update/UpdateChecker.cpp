@@ -43,7 +43,7 @@ void limitSize(QNetworkReply &reply)
 /// The network layer's own limit counts anew with every byte.
 void limitTime(QNetworkReply &reply, std::chrono::milliseconds limit)
 {
-    QTimer::singleShot(limit, &reply, &QNetworkReply::abort);
+    QTimer::singleShot(limit, &reply, SLOT(abort()));
 }
 
 bool hasFailed(const QNetworkReply &reply)
@@ -68,7 +68,7 @@ UpdateChecker::UpdateChecker(QObject *parent)
 /// the window comes first.
 void UpdateChecker::checkForUpdates()
 {
-    QTimer::singleShot(0, this, &UpdateChecker::request);
+    QMetaObject::invokeMethod(this, "request", Qt::QueuedConnection);
 }
 
 QNetworkAccessManager &UpdateChecker::network()

@@ -38,9 +38,11 @@ public slots:
     /// Reads the reply, says what came of it by a signal and lets the reply be deleted.
     void onFinished(QNetworkReply *reply);
 
+private slots:
+    void request();
+
 private:
     QNetworkAccessManager &network();
-    void request();
     void report(QNetworkReply &reply);
 
     QNetworkAccessManager *m_network = nullptr; // a child, from the first request on
