@@ -54,7 +54,9 @@ demo_song() {
 }
 
 # The user's own game, if there is one, plays no part: the demo songs are made for the demo game.
+# The first file dialog shows the folder that the program was started in.
 open_demo_song() {
+    cd "$data/demo-songs"
     exec "$window" --game "$data/demo-game" -- "$1"/*.abc
 }
 

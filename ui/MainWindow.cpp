@@ -17,7 +17,6 @@
 #include <QProgressDialog>
 #include <QScrollBar>
 #include <QSignalBlocker>
-#include <QTimer>
 
 MainWindow::MainWindow(const QDir &game, QWidget *parent)
     : QMainWindow(parent)
@@ -29,6 +28,7 @@ MainWindow::MainWindow(const QDir &game, QWidget *parent)
     setUpForm();
     setUpInstruments(game);
     setAcceptDrops(true);
+    connectTimers();
     connectServices();
     updateActions();
     m_updateChecker->checkForUpdates();
@@ -75,6 +75,14 @@ void MainWindow::setUpInstruments(const QDir &game)
         m_ui->instrumentList->setCurrentIndex(index);
 }
 
+void MainWindow::connectTimers()
+{
+    for (QTimer *const timer : {&m_openTimer, &m_scrollTimer})
+        timer->setSingleShot(true);
+    connect(&m_openTimer, &QTimer::timeout, this, &MainWindow::openDropped);
+    connect(&m_scrollTimer, &QTimer::timeout, this, &MainWindow::scrollToBottom);
+}
+
 void MainWindow::connectServices()
 {
     TrackPlayer *const player = m_player.get();
@@ -111,13 +119,11 @@ void MainWindow::updateHint()
     m_hint->setVisible(m_tracks.isEmpty());
 }
 
-/// Which are at the bottom, once the layout has placed them.
-void MainWindow::scrollToNewRows()
+/// New rows are at the bottom.
+void MainWindow::scrollToBottom()
 {
-    const auto scroll = [bar = m_ui->scrTrackArea->verticalScrollBar()] {
-        bar->setValue(bar->maximum());
-    };
-    QTimer::singleShot(0, this, scroll);
+    QScrollBar *const bar = m_ui->scrTrackArea->verticalScrollBar();
+    bar->setValue(bar->maximum());
 }
 
 void MainWindow::onPreferences()

@@ -9,6 +9,7 @@
 #include <QList>
 #include <QMainWindow>
 #include <QMap>
+#include <QTimer>
 #include <QUrl>
 
 #include <memory>
@@ -105,6 +106,7 @@ private:
 
     void setUpForm();
     void setUpInstruments(const QDir &game);
+    void connectTimers();
     void connectServices();
     int defaultInstrument() const;
 
@@ -118,8 +120,9 @@ private:
     void updateActions();
     void updateTrackLengths();
     void updateHint();
-    void scrollToNewRows();
+    void scrollToBottom();
 
+    void openDropped();
     void openUrls(const QList<QUrl> &urls);
     void loadABCFile(const QString &path);
     void loadABCText(const QString &text);
@@ -147,6 +150,9 @@ private:
     bool m_silentUpdateCheck = true;
 
     TrackColumn m_column;
+    QList<QUrl> m_dropped;                  // not opened yet
+    QTimer m_openTimer;                     // when the drop is over
+    QTimer m_scrollTimer;                   // when the layout has placed new rows
     EmptyHint *m_hint = nullptr;            // a child
     ProblemLabel *m_soundProblem = nullptr; // a child
 };

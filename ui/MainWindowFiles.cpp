@@ -22,6 +22,8 @@
 #include <QScopeGuard>
 #include <QStatusBar>
 
+#include <utility>
+
 namespace {
 
 /// The window would wait for what comes out of a pipe or a device, perhaps for ever.
@@ -98,11 +100,15 @@ void MainWindow::dropEvent(QDropEvent *event)
         return;
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    const auto open = [this, urls] {
-        offerToClear(tr("Import Files"));
-        openUrls(urls);
-    };
-    QMetaObject::invokeMethod(this, open, Qt::QueuedConnection);
+    m_dropped += urls;
+    m_openTimer.start();
+}
+
+void MainWindow::openDropped()
+{
+    const QList<QUrl> urls = std::exchange(m_dropped, {});
+    offerToClear(tr("Import Files"));
+    openUrls(urls);
 }
 
 void MainWindow::openUrls(const QList<QUrl> &urls)

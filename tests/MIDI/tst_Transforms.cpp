@@ -2,8 +2,8 @@
 
 #include "ABC/ABCParser.h"
 #include "ABC/KeyTable.h"
-#include "support/MessageCapture.h"
 #include "TrackSupport.h"
+#include "support/MessageCapture.h"
 
 #include <QtTest>
 

@@ -6,8 +6,8 @@
 #include "Render/TrackRenderer.h"
 #include "Sound/BuiltinSystem.h"
 #include "Sound/LiveStatus.h"
-#include "support/VirtualClock.h"
 #include "demo/DemoGame.h"
+#include "support/VirtualClock.h"
 
 #include <QDir>
 #include <QRegularExpression>

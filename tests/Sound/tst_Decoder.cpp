@@ -1,7 +1,7 @@
 #include "Sound/Decoder.h"
 #include "SoundFiles.h"
-#include "support/ResourceWatch.h"
 #include "WholeSample.h"
+#include "support/ResourceWatch.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
 #include "Sound/LiveOutput.h"
 
-#include "support/MessageCapture.h"
 #include "WatchedSource.h"
+#include "support/MessageCapture.h"
 
 #include <QTemporaryDir>
 #include <QTemporaryFile>

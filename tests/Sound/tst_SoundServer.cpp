@@ -3,8 +3,8 @@
 #include "Sound/LiveStatus.h"
 #include "SoundFiles.h"
 #include "SoundServer.h"
-#include "support/MessageCapture.h"
 #include "WatchedSource.h"
+#include "support/MessageCapture.h"
 
 #include <QtTest>
 

@@ -1,5 +1,5 @@
-#include "support/Thrown.h"
 #include "app/CommandLine.h"
+#include "support/Thrown.h"
 
 #include <QtTest>
 

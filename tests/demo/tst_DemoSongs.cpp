@@ -1,8 +1,8 @@
 #include "demo/DemoGame.h"
 
 #include "ABC/ABCParser.h"
-#include "support/MessageCapture.h"
 #include "demo/Instruments.h"
+#include "support/MessageCapture.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -154,7 +154,7 @@ void tst_DemoSongs::everyPartHasItsTitlesAndAnInstrumentOfTheGame()
     const Track track = parsed(path);
     const QString song = QFileInfo(path).dir().dirName();
     const QString part = QFileInfo(path).completeBaseName().mid(3);
-    QCOMPARE(track.headers(QStringLiteral("T")), (QStringList{song, part}));
+    QCOMPARE(track.headers(QStringLiteral("T")), (QStringList{part, song}));
     QStringList instruments;
     for (const Demo::InstrumentPlan &plan : Demo::gameInstruments())
         instruments << QStringLiteral("instrument ") + plan.name;

@@ -28,6 +28,17 @@ QString text(const char *text)
     return QString::fromUtf8(text);
 }
 
+/// False where no whole wave file is (yet).
+bool readWave(const QString &path, SF_INFO &info, double &peak)
+{
+    SNDFILE *const wave = sf_open(QFile::encodeName(path).constData(), SFM_READ, &info);
+    if (wave == nullptr)
+        return false;
+    sf_command(wave, SFC_CALC_SIGNAL_MAX, &peak, sizeof peak);
+    sf_close(wave);
+    return true;
+}
+
 QStringList downs(int count)
 {
     return QVector<QString>(count, text("Down")).toList();
@@ -329,12 +340,8 @@ void tst_Newcomer::theSongIsExportedAsAWave()
     chooseFiles("Export tracks as wav...", {path("song")});
 
     SF_INFO info = {};
-    SNDFILE *wave = nullptr;
-    const QByteArray file = QFile::encodeName(path("song.wav"));
-    SEE_THAT((wave = sf_open(file.constData(), SFM_READ, &info)) != nullptr);
     double peak = 0;
-    sf_command(wave, SFC_CALC_SIGNAL_MAX, &peak, sizeof peak);
-    sf_close(wave);
+    SEE_THAT(readWave(path("song.wav"), info, peak));
     QCOMPARE(info.format & SF_FORMAT_TYPEMASK, SF_FORMAT_WAV);
     QVERIFY(info.frames / info.samplerate >= 60);
     QVERIFY(peak > 0.1);

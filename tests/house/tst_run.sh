@@ -82,4 +82,9 @@ status 0" "$(run WAYLAND_DISPLAY=wayland-0)"
 check 'without a display the song is rendered' "$build app/all
 $render
 status 0" "$(run)"
+
+program "$root/build/release/quillmoor-composer" 'pwd >>"$CALLS"'
+check 'its file dialogs start with the demo songs' "$build app/all
+$data/demo-songs
+status 0" "$(run DISPLAY=:0)"
 finish

@@ -24,7 +24,6 @@ TrackVisualizationWidget::TrackVisualizationWidget(QWidget *parent)
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
     m_marker->setStyleSheet(QStringLiteral("background: #FFFFFF"));
-    m_marker->setAttribute(Qt::WA_TransparentForMouseEvents);
     m_marker->hide();
     placeMarker();
     connect(&Settings::instance(), &Settings::settingChanged, this,

@@ -54,6 +54,9 @@ public:
     void setNoteState(uint eventIndex, bool pressed);
     void setMoveEnabled(bool up, bool down);
 
+    /// Keeps the wheel from the instrument box: it belongs to the list of rows.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 signals:
     void trackRemoved();
     void trackChanged();
@@ -79,10 +82,6 @@ public slots:
     void onTrackChanged();
     void onTransposeUp();
     void onTransposeDown();
-
-protected:
-    /// Keeps the wheel from the instrument box: it belongs to the list of rows.
-    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void setUpLooks();

@@ -414,6 +414,18 @@ private slots:
         QVERIFY(stage.editor->findChild<FindReplaceDialog *>()->isVisible());
     }
 
+    void theFindDialogGoesWithAnEditorThatIsDeleted()
+    {
+        EditorStage stage;
+        QVERIFY(stage.show());
+        stage.editor->onFindReplace();
+        const QPointer<QDialog> dialog = stage.editor->findChild<FindReplaceDialog *>();
+        QVERIFY(dialog->isVisible());
+        stage.replaceText(QStringLiteral("X:1"));
+        delete stage.editor;
+        QVERIFY(dialog.isNull());
+    }
+
     void theStatusTipIsShownAtTheMenusEntry()
     {
         EditorStage stage;

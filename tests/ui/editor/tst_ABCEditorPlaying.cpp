@@ -41,6 +41,11 @@ int shownNotes(const EditorStage &stage)
     return stage.editor->findChild<PianoRollScene *>()->items().size();
 }
 
+QImage grid(const EditorStage &stage)
+{
+    return view(stage).viewport()->grab().toImage();
+}
+
 /// "60 64": the keys that are seen pressed, by their tool tips' pitches.
 QStringList pressedKeys(const EditorStage &stage)
 {
@@ -254,15 +259,14 @@ private slots:
         storeVisible(true);
         EditorStage stage;
         QVERIFY(stage.show());
-        const auto seen = [&stage] { return view(stage).viewport()->grab().toImage(); };
-        const QImage before = seen();
+        const QImage before = grid(stage);
         stage.editor->onNotePressed(eventOf(stage.track, 60));
-        QVERIFY(seen() != before);
+        QVERIFY(grid(stage) != before);
         stage.editor->onNoteReleased(eventOf(stage.track, 60));
-        QVERIFY(seen() == before);
+        QVERIFY(grid(stage) == before);
         stage.editor->onNotePressed(eventOf(stage.track, 60));
         stage.editor->onTrackPlaying(false);
-        QVERIFY(seen() == before);
+        QVERIFY(grid(stage) == before);
     }
 
     void eventsThatAreNotThereAreIgnored_data()
@@ -307,6 +311,58 @@ private slots:
         stage.editor->onTrackPlaying(false);
         stage.dock()->show();
         QCOMPARE(pressedKeys(stage), QStringList());
+    }
+
+    void keysStayPressedWhileTheDockIsHidden()
+    {
+        storeVisible(true);
+        EditorStage stage;
+        QVERIFY(stage.show());
+        stage.editor->onNotePressed(eventOf(stage.track, 60));
+        stage.dock()->hide();
+        stage.dock()->show();
+        QCOMPARE(pressedKeys(stage), texts({"C5"}));
+    }
+
+    void theLineStartsAnewAfterAStop()
+    {
+        storeVisible(true);
+        EditorStage stage;
+        QVERIFY(stage.show());
+        stage.editor->onTrackPlaying(true);
+        const QImage atStart = grid(stage);
+        stage.editor->onTrackPositionChanged(60480);
+        QVERIFY(grid(stage) != atStart);
+        stage.editor->onTrackPlaying(false);
+        stage.editor->onTrackPlaying(true);
+        QVERIFY(grid(stage) == atStart);
+    }
+
+    void aTrackReplacedBeforeAllItsNotesAreShownIsHarmless()
+    {
+        EditorStage stage(EditorStage::longTune(30000));
+        QVERIFY(stage.show());
+        stage.dock()->show();
+        QCOMPARE(shownNotes(stage), 10001);
+        stage.replaceText(EditorStage::shortTune());
+        QVERIFY(stage.editor->onApply());
+        stage.editor->onNotePressed(29999);
+        stage.editor->onNoteReleased(29999);
+        QTest::qWait(20); // for slices of the old track, if any came
+        QCOMPARE(shownNotes(stage), 1);
+    }
+
+    void anEditorMayGoBeforeAllNotesAreShown()
+    {
+        EditorStage stage(EditorStage::longTune(30000));
+        QVERIFY(stage.show());
+        stage.dock()->show();
+        stage.editor->onTrackPlaying(true);
+        stage.editor->onNotePressed(0);
+        QCOMPARE(shownNotes(stage), 10001);
+        delete stage.editor;
+        QTest::qWait(20); // for a slice, if one came
+        QVERIFY(stage.editor.isNull());
     }
 };
 

@@ -727,6 +727,22 @@ private slots:
         }
     }
 
+    void onlyTheBoxIsKeptFromTheWheel()
+    {
+        QWheelEvent wheel(QPointF(10, 10), QPointF(10, 10), QPoint(), QPoint(0, -120), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        wheel.accept();
+        QVERIFY(!m_row->eventFilter(dial("dlPan"), &wheel));
+        QVERIFY(wheel.isAccepted());
+        QVERIFY(m_row->eventFilter(instruments(), &wheel));
+        QVERIFY(!wheel.isAccepted());
+        instruments()->setFocusPolicy(Qt::WheelFocus);
+        QVERIFY(!m_row->eventFilter(instruments(), &wheel));
+        QVERIFY(wheel.isAccepted());
+        QEvent other(QEvent::Enter);
+        QVERIFY(!m_row->eventFilter(instruments(), &other));
+    }
+
     void theWheelChangesABoxThatAsksForIt()
     {
         QVERIFY(show(*m_row));
