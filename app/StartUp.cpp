@@ -124,11 +124,40 @@ QStringList absolutePaths(const QStringList &files)
     return paths;
 }
 
+/// While it lives, Qt looks for no OpenGL when it makes the first window. Nothing here is drawn by
+/// it, and loading its drivers would take a third of the start and much memory. It does not outlive
+/// the first window: what the user opens from there, such as a browser, may well want it.
+class WithoutOpenGl {
+public:
+    WithoutOpenGl()
+    {
+        if (m_isOurs)
+            qputenv(Variable, "none");
+    }
+    ~WithoutOpenGl()
+    {
+        if (m_isOurs)
+            qunsetenv(Variable);
+    }
+    Q_DISABLE_COPY(WithoutOpenGl)
+
+private:
+    static constexpr const char *Variable = "QT_XCB_GL_INTEGRATION";
+
+    const bool m_isOurs = !qEnvironmentVariableIsSet(Variable);
+};
+
+void showFirst(QWidget &window)
+{
+    const WithoutOpenGl quick;
+    window.show();
+}
+
 /// The files are opened when the user sees the window, which a box may belong to.
 int runWindow(const QString &game, const QStringList &files)
 {
     MainWindow window{QDir(game)};
-    window.show();
+    showFirst(window);
     onceSeen(window, [&window, files] { window.openFiles(files); });
     return QApplication::exec();
 }

@@ -14,6 +14,14 @@ inline double ownSeconds()
     return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
 }
 
+/// Of this thread alone.
+inline double threadSeconds()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
 /// The least time of some rounds, in seconds.
 template <typename Clock, typename Work> double timed(Clock clock, Work work)
 {

@@ -7,6 +7,7 @@
 
 #include "MIDI/MidiFile.h"
 
+#include "ManyNotes.h"
 #include "PeerProgram.h"
 
 #include <QCoreApplication>
@@ -14,9 +15,6 @@
 #include <QFile>
 #include <QLoggingCategory>
 #include <QTemporaryDir>
-
-#include <array>
-#include <random>
 
 using namespace Bench;
 
@@ -46,50 +44,6 @@ Files filesIn(const QString &directory)
     while (found.hasNext())
         files.paths << found.next();
     return files;
-}
-
-void addNumber(QByteArray &bytes, quint32 number, int count)
-{
-    for (int shift = 8 * (count - 1); shift >= 0; shift -= 8)
-        bytes += static_cast<char>(number >> shift);
-}
-
-QByteArray midiFile(const QByteArray &events)
-{
-    QByteArray bytes("MThd");
-    addNumber(bytes, 6, 4);
-    addNumber(bytes, 0, 2);
-    addNumber(bytes, 1, 2);
-    addNumber(bytes, 480, 2);
-    bytes += "MTrk";
-    const QByteArray end("\x00\xff\x2f\x00", 4);
-    addNumber(bytes, static_cast<quint32>(events.size() + end.size()), 4);
-    return bytes + events + end;
-}
-
-void addEvent(QByteArray &events, int delta, int status, int key)
-{
-    for (const int byte : {delta, status, key, 64})
-        events += static_cast<char>(byte);
-}
-
-/// Notes on all 16 channels in turn, off the grid, each of which ends where the next of its
-/// channel begins.
-QByteArray manyNotes()
-{
-    std::mt19937 random(1);
-    std::array<int, 16> sounding{};
-    QByteArray events;
-    for (int i = 0; i < BigFileNotes + 16; ++i) {
-        const int channel = i % 16;
-        if (i >= 16)
-            addEvent(events, 0, 0x80 + channel, sounding[channel]);
-        if (i >= BigFileNotes)
-            continue;
-        sounding[channel] = 30 + static_cast<int>(random() % 70);
-        addEvent(events, static_cast<int>(random() % 15), 0x90 + channel, sounding[channel]);
-    }
-    return events;
 }
 
 void write(const QString &path, const QByteArray &bytes)
@@ -160,7 +114,7 @@ int main(int argc, char *argv[])
     const QString emptyFile = directory.filePath(QStringLiteral("empty.mid"));
     const QString bigFile = directory.filePath(QStringLiteral("big.mid"));
     write(emptyFile, midiFile(QByteArray()));
-    write(bigFile, midiFile(manyNotes()));
+    write(bigFile, midiFile(manyNotes(BigFileNotes)));
     bench("files by many authors", filesIn(arguments.at(1)), emptyFile);
     bench("one big file", {{bigFile}}, emptyFile);
     return 0;

@@ -3,7 +3,7 @@
 // while it is scrolled and zoomed. Once with the notes as a long piece has them, once with 32 times
 // as many at a time.
 
-#include "Timing.h"
+#include "StallWatch.h"
 #include "model/Track.h"
 #include "ui/pianoroll/PianoRollScene.h"
 #include "ui/pianoroll/PianoRollView.h"
@@ -17,22 +17,14 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdio>
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 constexpr int NoteCount = 200000;
 constexpr int Pitches = 88;
 const QSize viewSize(1200, 700);
 constexpr std::array<double, 9> zooms{0.0625, 0.125, 0.25, 0.5, 1, 2, 4, 8, 16};
-
-double milliseconds(Clock::time_point since)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - since).count();
-}
 
 /// Sixteenths, `chord` of them at once.
 Track makeTrack(int chord)
@@ -44,36 +36,6 @@ Track makeTrack(int chord)
     track.sortEvents();
     return track;
 }
-
-/// How long the turns of the event loop take, until none has done much for a while. In processor
-/// time, as other programs may be running.
-class LoopWatch {
-public:
-    void watch()
-    {
-        constexpr double busy = 2;
-        constexpr double idle = 300;
-        for (auto last = Clock::now(); milliseconds(last) < idle;)
-            if (turn() > busy)
-                last = Clock::now();
-    }
-    double worst() const { return m_worst; }
-    double sum() const { return m_sum; }
-
-private:
-    double turn()
-    {
-        const double start = Bench::ownSeconds();
-        QApplication::processEvents();
-        const double time = (Bench::ownSeconds() - start) * 1e3;
-        m_worst = std::max(m_worst, time);
-        m_sum += time;
-        return time;
-    }
-
-    double m_worst = 0;
-    double m_sum = 0;
-};
 
 /// What is shown, and how it is changed.
 class Subject {
@@ -172,8 +134,8 @@ void fill(Subject &subject, const Track &track, const char *what)
     const double start = Bench::ownSeconds();
     subject.setTrack(track);
     const double call = (Bench::ownSeconds() - start) * 1e3;
-    LoopWatch loop;
-    loop.watch();
+    Bench::StallWatch loop;
+    loop.untilIdle();
     std::printf("  %-26s %8.1f ms, all done after %.0f ms, longest stall %.1f ms\n", what, call,
                 call + loop.sum(), std::max(call, loop.worst()));
 }

@@ -19,8 +19,9 @@ test_packages=(fonts-dejavu-core midicsv pipewire pipewire-bin pipewire-pulse wi
     appstream bsdextrautils desktop-file-utils mandoc shared-mime-info)
 # rsvg-convert draws the icons.
 check_packages=(git clang clang-format clang-tidy libclang-rt-14-dev librsvg2-bin)
-# What the benchmarks compare with.
-bench_packages=(libopenal-dev libsqlite3-dev abcmidi midicsv fluidsynth timgm6mb-soundfont)
+# What the benchmarks compare with; the last line is a screen for windows.
+bench_packages=(libopenal-dev libsqlite3-dev abcmidi midicsv fluidsynth timgm6mb-soundfont
+    qabc libxcb1-dev xvfb openbox)
 # cpack asks these what the programs depend on.
 package_packages=(dpkg-dev file)
 

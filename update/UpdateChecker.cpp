@@ -3,6 +3,7 @@
 #include "update/LatestVersion.h"
 #include "update/UpdateAddress.h"
 
+#include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QTimer>
@@ -24,7 +25,7 @@ void stopWhenTooLong(QNetworkReply &reply)
 
 /// The network layer unpacks a compressed answer as soon as it comes, whatever its size becomes: a
 /// megabyte can be a gigabyte. What the server is not to compress is left as it is.
-QNetworkRequest request()
+QNetworkRequest latestVersionRequest()
 {
     QNetworkRequest request(UpdateAddress::address());
     request.setRawHeader("Accept-Encoding", "identity");
@@ -42,7 +43,7 @@ void limitSize(QNetworkReply &reply)
 /// The network layer's own limit counts anew with every byte.
 void limitTime(QNetworkReply &reply, std::chrono::milliseconds limit)
 {
-    QTimer::singleShot(limit, &reply, &QNetworkReply::abort);
+    QTimer::singleShot(limit, &reply, SLOT(abort()));
 }
 
 bool hasFailed(const QNetworkReply &reply)
@@ -61,12 +62,27 @@ QByteArray bodyOf(QNetworkReply &reply)
 UpdateChecker::UpdateChecker(QObject *parent)
     : QObject(parent)
 {
-    connect(&m_network, &QNetworkAccessManager::finished, this, &UpdateChecker::onFinished);
 }
 
+/// The network layer takes a good part of the program's start to load, and what is to be seen of
+/// the window comes first.
 void UpdateChecker::checkForUpdates()
 {
-    QNetworkReply *const reply = m_network.get(request());
+    QMetaObject::invokeMethod(this, "request", Qt::QueuedConnection);
+}
+
+QNetworkAccessManager &UpdateChecker::network()
+{
+    if (m_network == nullptr) {
+        m_network = new QNetworkAccessManager(this);
+        connect(m_network, &QNetworkAccessManager::finished, this, &UpdateChecker::onFinished);
+    }
+    return *m_network;
+}
+
+void UpdateChecker::request()
+{
+    QNetworkReply *const reply = network().get(latestVersionRequest());
     limitSize(*reply);
     limitTime(*reply, m_timeLimit);
 }

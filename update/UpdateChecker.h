@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QNetworkAccessManager>
 #include <QObject>
 #include <QString>
 
 #include <chrono>
 
+class QNetworkAccessManager;
 class QNetworkReply;
 
 /// Asks the program's web service which version is the newest, and says whether that is newer than
@@ -20,7 +20,8 @@ class UpdateChecker : public QObject {
 public:
     explicit UpdateChecker(QObject *parent = nullptr);
 
-    /// Returns at once; the answer arrives as a signal. Calls side by side are answered one by one.
+    /// Returns at once: the event loop sends the request, and the answer arrives as a signal. Calls
+    /// side by side are answered one by one.
     void checkForUpdates();
 
     /// How long a check may take from its start to its end: half a minute unless set. It counts for
@@ -37,9 +38,13 @@ public slots:
     /// Reads the reply, says what came of it by a signal and lets the reply be deleted.
     void onFinished(QNetworkReply *reply);
 
+private slots:
+    void request();
+
 private:
+    QNetworkAccessManager &network();
     void report(QNetworkReply &reply);
 
-    QNetworkAccessManager m_network;
+    QNetworkAccessManager *m_network = nullptr; // a child, from the first request on
     std::chrono::milliseconds m_timeLimit = std::chrono::seconds(30);
 };

@@ -68,6 +68,7 @@ private slots:
     void cleanupTestCase();
 
     void theWindowOpens();
+    void noDriversForThreeDimensionsAreLoaded();
     void aSongIsOpened();
     void theSongPlaysAndStops();
     void aRowIsMutedAndSoloed();
@@ -163,6 +164,7 @@ void tst_Newcomer::start()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(text("QUILLMOOR_UPDATE_HOST"), m_server.host());
+    environment.remove(text("QT_XCB_GL_INTEGRATION")); // which goes before the program's own choice
     m_program.setProcessEnvironment(environment);
     m_program.setWorkingDirectory(m_desktop.home());
     m_program.start(text(QUILLMOOR_COMPOSER), {text("--game"), path("game")});
@@ -217,6 +219,16 @@ void tst_Newcomer::theWindowOpens()
     SEE(Desktop::image(m_window).size(), QSize(710, 1000));
     SEE(m_view->rows(), QString());
     SEE(m_server.requests().size(), 1);
+}
+
+/// Nothing is drawn by them, and they would take a third of the start.
+void tst_Newcomer::noDriversForThreeDimensionsAreLoaded()
+{
+    QFile maps(text("/proc/%1/maps").arg(m_program.processId()));
+    QVERIFY(maps.open(QIODevice::ReadOnly));
+    const QByteArray loaded = maps.readAll();
+    QVERIFY(loaded.contains("libqxcb.so"));
+    QVERIFY(!loaded.contains("libqxcb-glx-integration"));
 }
 
 void tst_Newcomer::aSongIsOpened()
