@@ -410,8 +410,8 @@ void tst_Newcomer::allIsSaved()
 {
     Desktop::press(text("ctrl+shift+s"));
     chooseFiles("Save track 'Pasted' as..", {path("Pasted.abc")});
-    chooseFiles("Save track 'Minuet in G' as..", {path("Merged.abc")});
-    SEE_THAT(fileContents(path("Merged.abc")).startsWith("X: 1\nT: Minuet in G\n"));
+    chooseFiles("Save track 'Piano right hand' as..", {path("Merged.abc")});
+    SEE_THAT(fileContents(path("Merged.abc")).startsWith("X: 1\nT: Piano right hand\n"));
     QCOMPARE(fileContents(path("Pasted.abc")), Pasted);
     SEE(Desktop::front(), m_window);
 }
