@@ -76,6 +76,8 @@ private slots:
     void aNoteIsEditedAndApplied();
     void theTextIsSavedUnderAName();
     void aTransformIsUndone();
+    void whatAPatternFindsIsReplacedAndSaved();
+    void theEditorIsReopened();
     void midiIsImportedBesideTheSong();
     void theSongIsExportedAsAWave();
     void droppedFilesReplaceTheSong();
@@ -318,7 +320,38 @@ void tst_Newcomer::aTransformIsUndone()
     SEE(Desktop::front(), m_editor);
     Desktop::press({text("ctrl+z"), text("F6")});
     SEE_THAT(m_view->strip(0) == m_firstStrip);
+}
 
+void tst_Newcomer::whatAPatternFindsIsReplacedAndSaved()
+{
+    QByteArray expected = fileContents(path("Mine.abc"));
+    QVERIFY(expected.contains("\nC:Traditional\n"));
+    expected.replace("\nC:Traditional\n", "\nC:ional, Tradit\n");
+
+    Desktop::press(text("ctrl+f"));
+    SEE(Desktop::frontTitle(), text("Find / Replace"));
+    const Desktop::Window dialog = Desktop::front();
+    Desktop::type(text("C:(T.*it)(.*)$"));
+    Desktop::press(text("Tab"));
+    Desktop::type(text("C:\\2, \\1"));
+    Desktop::press({text("alt+e"), text("alt+a")});
+    SEE_THAT(Desktop::front() != dialog);
+    Desktop::press(text("Return"));
+    SEE(Desktop::front(), dialog);
+    Desktop::press(text("Escape"));
+    SEE(Desktop::front(), m_editor);
+    Desktop::press(text("ctrl+s"));
+    SEE(fileContents(path("Mine.abc")), expected);
+}
+
+void tst_Newcomer::theEditorIsReopened()
+{
+    Desktop::press(text("alt+F4"));
+    SEE(Desktop::windowCount(m_program.processId()), 1);
+    toMainWindow();
+    m_view->click(0, MainWindowView::Edit);
+    SEE(Desktop::frontTitle(), text("ABC Editor (Mine.abc) - Quillmoor Composer"));
+    QVERIFY(m_view->strip(0) == m_firstStrip);
     Desktop::press(text("alt+F4"));
     SEE(Desktop::windowCount(m_program.processId()), 1);
     toMainWindow();
