@@ -159,8 +159,12 @@ void tst_PlayCommand::filesBeginAtTheSameInstant()
     COMPARE_OUTCOME(program.outcome(), 0, "{\"files\":3,\"seconds\":1.0,\"notes\":4}\n",
                     SmallGameLog);
     const QList<QByteArray> starts = valuesOf("FMOD_Channel_SetDelay", fileContents(path("log")));
-    QCOMPARE(starts,
-             QList<QByteArray>({"1, 0, 4848)", "1, 0, 4848)", "1, 0, 4848)", "1, 0, 28848)"}));
+    QCOMPARE(starts.size(), 4);
+    const QByteArray first = starts.first(); // later where the machine is busy
+    QVERIFY(first.startsWith("1, 0, "));
+    const int begin = first.mid(6).chopped(1).toInt();
+    const QByteArray last = "1, 0, " + QByteArray::number(begin + 24000) + ')';
+    QCOMPARE(starts, QList<QByteArray>({first, first, first, last}));
 }
 
 void tst_PlayCommand::tempoChangesCount()
