@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <atomic>
 #include <random>
 #include <thread>
 
@@ -180,14 +181,14 @@ void tst_TrackPlayerThreads::theWorkersThreadIsPreferred()
         preferred = niceness();
     }).join();
     VirtualClock clock;
-    int worker = 99;
+    std::atomic<int> worker = 99;
     {
         const TrackPlayer player(nullptr, [&](FMOD::System **system) {
             worker = niceness();
             return createBuiltinSystem(system, 2, clock.outputs());
         });
     }
-    QCOMPARE(worker, preferred);
+    QCOMPARE(worker.load(), preferred);
 }
 
 QTEST_GUILESS_MAIN(tst_TrackPlayerThreads)
