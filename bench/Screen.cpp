@@ -43,14 +43,6 @@ bool isViewable(xcb_connection_t *connection, quint32 window)
     return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
-void end(QProcess &process)
-{
-    process.terminate();
-    if (!process.waitForFinished(5000))
-        process.kill();
-    process.waitForFinished();
-}
-
 } // namespace
 
 void Screen::Disconnect::operator()(xcb_connection_t *connection) const
@@ -60,54 +52,27 @@ void Screen::Disconnect::operator()(xcb_connection_t *connection) const
 
 Screen::Screen()
 {
-    startServer();
     connectToServer();
-    startWindowManager();
-}
-
-Screen::~Screen()
-{
-    end(m_windowManager);
-    m_connection.reset();
-    end(m_server);
-}
-
-/// The server looks for a free display and tells its number once it is ready.
-void Screen::startServer()
-{
-    m_server.setStandardErrorFile(QProcess::nullDevice());
-    m_server.start(QStringLiteral("Xvfb"),
-                   QStringLiteral("-displayfd 1 -screen 0 1900x1200x24 -nolisten tcp -noreset")
-                       .split(QLatin1Char(' ')));
-    while (!m_server.canReadLine()) {
-        if (!m_server.waitForReadyRead(PatienceMs))
-            throw QStringLiteral("Xvfb (Debian package xvfb)");
-    }
-    m_display = ':' + m_server.readLine().trimmed();
+    waitForWindowManager();
 }
 
 void Screen::connectToServer()
 {
-    m_connection.reset(xcb_connect(m_display.constData(), nullptr));
+    m_connection.reset(xcb_connect(m_screen.display().constData(), nullptr));
     if (xcb_connection_has_error(m_connection.get()) != 0)
-        throw QStringLiteral("a connection to Xvfb");
+        throw QStringLiteral("Xvfb takes no connection.");
     m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection.get())).data->root;
     m_clientList = atom(m_connection.get(), "_NET_CLIENT_LIST");
     m_processId = atom(m_connection.get(), "_NET_WM_PID");
 }
 
 /// It is at work once the root window has its list of windows.
-void Screen::startWindowManager()
+void Screen::waitForWindowManager() const
 {
-    QProcessEnvironment surroundings = QProcessEnvironment::systemEnvironment();
-    surroundings.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(m_display));
-    m_windowManager.setProcessEnvironment(surroundings);
-    m_windowManager.setStandardErrorFile(QProcess::nullDevice());
-    m_windowManager.start(QStringLiteral("openbox"), QStringList());
     const quint32 mark = atom(m_connection.get(), "_NET_SUPPORTING_WM_CHECK");
     for (int waited = 0; property(m_connection.get(), m_root, mark).empty(); ++waited) {
-        if (waited == PatienceMs || m_windowManager.state() == QProcess::NotRunning)
-            throw QStringLiteral("openbox (Debian package openbox)");
+        if (waited == PatienceMs)
+            throw QStringLiteral("openbox does not begin to work.");
         QThread::msleep(1);
     }
 }
@@ -115,7 +80,7 @@ void Screen::startWindowManager()
 QProcessEnvironment Screen::environment(const QString &home) const
 {
     QProcessEnvironment result = QProcessEnvironment::systemEnvironment();
-    result.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(m_display));
+    result.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(m_screen.display()));
     result.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     for (const char *const name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"})
         result.insert(QLatin1String(name), home);

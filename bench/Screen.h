@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QProcess>
+#include "support/VirtualScreen.h"
+
 #include <QProcessEnvironment>
 #include <QString>
 
@@ -13,9 +14,7 @@ class Screen {
 public:
     /// Throws a QString when one of the programs that it takes does not start.
     Screen();
-    ~Screen();
-    Screen(const Screen &) = delete;
-    Screen &operator=(const Screen &) = delete;
+    Q_DISABLE_COPY(Screen)
 
     /// The environment of a program that is to be shown here; `home` is its home directory.
     QProcessEnvironment environment(const QString &home) const;
@@ -29,13 +28,10 @@ private:
         void operator()(xcb_connection_t *connection) const;
     };
 
-    void startServer();
     void connectToServer();
-    void startWindowManager();
+    void waitForWindowManager() const;
 
-    QProcess m_server;
-    QProcess m_windowManager;
-    QByteArray m_display;
+    VirtualScreen m_screen;
     std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
     quint32 m_root = 0;
     quint32 m_clientList = 0; // atoms

@@ -2,6 +2,7 @@
 
 #include "PeerProgram.h"
 #include "Screen.h"
+#include "support/VirtualScreen.h"
 
 #include <QElapsedTimer>
 #include <QTemporaryDir>
@@ -42,14 +43,6 @@ double proportionalKilobytes(qint64 process)
     return text.mid(text.indexOf("\nPss:") + 5).simplified().split(' ').first().toDouble();
 }
 
-void end(QProcess &process)
-{
-    process.terminate();
-    if (!process.waitForFinished(5000))
-        process.kill();
-    process.waitForFinished();
-}
-
 /// The time from before the process is made until its window can be seen.
 bool waitForWindow(const Screen &screen, Program &program, QProcess &process)
 {
@@ -66,9 +59,9 @@ bool waitForWindow(const Screen &screen, Program &program, QProcess &process)
     return true;
 }
 
-void startOnce(const Screen &screen, const QProcessEnvironment &environment, Program &program)
+void watchOnce(const Screen &screen, const QProcessEnvironment &environment, Program &program)
 {
-    QProcess process;
+    ScopedProcess process;
     process.setProcessEnvironment(environment);
     process.setStandardOutputFile(QProcess::nullDevice());
     process.setStandardErrorFile(QProcess::nullDevice());
@@ -76,7 +69,11 @@ void startOnce(const Screen &screen, const QProcessEnvironment &environment, Pro
         QThread::sleep(1);
         program.kilobytes.push_back(proportionalKilobytes(process.processId()));
     }
-    end(process);
+}
+
+void startOnce(const Screen &screen, const QProcessEnvironment &environment, Program &program)
+{
+    watchOnce(screen, environment, program);
     while (!screen.isEmpty())
         QThread::msleep(1);
 }

@@ -192,7 +192,7 @@ void run(const QString &table, const QString &home)
     if (table.isEmpty() || table == QLatin1String("start"))
         benchStart(game);
 #else
-    std::printf("start is absent (Debian package libxcb1-dev)\n");
+    std::printf("start is absent: it takes Debian package libxcb1-dev and a build with tests\n");
 #endif
     if (table.isEmpty() || table == QLatin1String("midi"))
         benchMidi(game, home);

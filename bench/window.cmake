@@ -1,9 +1,9 @@
 pkg_check_modules(Xcb IMPORTED_TARGET xcb)
 add_executable(bench_window bench_window.cpp ManyNotes.cpp)
 target_link_libraries(bench_window PRIVATE ui demo icons settings Quillmoor Qt5::Widgets)
-if(Xcb_FOUND)
+if(Xcb_FOUND AND TARGET VirtualScreen)
     target_sources(bench_window PRIVATE Screen.cpp WindowStart.cpp)
-    target_link_libraries(bench_window PRIVATE PkgConfig::Xcb)
+    target_link_libraries(bench_window PRIVATE VirtualScreen PkgConfig::Xcb)
     target_compile_definitions(bench_window PRIVATE HAVE_XCB
         QUILLMOOR_PROGRAM="$<TARGET_FILE:quillmoor-composer>")
     add_dependencies(bench_window quillmoor-composer)

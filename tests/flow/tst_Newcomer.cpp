@@ -126,7 +126,6 @@ const QByteArray Newer = R"({"version":[99,0,0,0],"versionString":"99.0 \"Lute\"
 
 void tst_Newcomer::initTestCase()
 {
-    m_desktop.startWindowManager();
     SEE_THAT(m_desktop.isManaged());
     makeDemo();
     m_server.setAnswer(HttpAnswers::body(Latest));

@@ -1,14 +1,16 @@
 #include "support/Desktop.h"
 
+#include "support/VirtualScreen.h"
+
 #include <QGuiApplication>
 #include <QPixmap>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QScreen>
 
 namespace {
 
 constexpr int Patience = 60000;
-constexpr QSize ScreenSize(1900, 1200);
 
 /// What a program for the desktop answers, an empty text when it fails: a window may go at any
 /// time.
@@ -33,52 +35,26 @@ QStringList search(const QStringList &arguments)
     return xdotool(start + arguments).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
-void endProcess(QProcess &process)
-{
-    process.terminate();
-    if (!process.waitForFinished(5000))
-        process.kill();
-    process.waitForFinished();
-}
-
 } // namespace
 
 Desktop::Desktop()
 {
     qputenv("HOME", QFile::encodeName(home()));
     qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_home.filePath(QStringLiteral("config"))));
-    startServer();
+    startScreen();
 }
 
-Desktop::~Desktop()
-{
-    endProcess(m_windowManager);
-    endProcess(m_server);
-}
+Desktop::~Desktop() = default;
 
-/// The server looks for a free display and tells its number once it is ready.
-void Desktop::startServer()
+void Desktop::startScreen()
 {
-    m_server.setStandardErrorFile(QProcess::nullDevice());
-    const QString arguments =
-        QStringLiteral("-displayfd 1 -screen 0 %1x%2x24 -nolisten tcp -noreset")
-            .arg(ScreenSize.width())
-            .arg(ScreenSize.height());
-    m_server.start(QStringLiteral("Xvfb"), arguments.split(QLatin1Char(' ')));
-    while (!m_server.canReadLine()) {
-        if (!m_server.waitForReadyRead(Patience))
-            qFatal("Xvfb does not work here; scripts/setup.sh installs it.");
+    try {
+        m_screen = std::make_unique<VirtualScreen>();
+    } catch (const QString &message) {
+        qFatal("%s", qPrintable(message));
     }
-    qputenv("DISPLAY", ':' + m_server.readLine().trimmed());
+    qputenv("DISPLAY", m_screen->display());
     qputenv("QT_QPA_PLATFORM", "xcb");
-}
-
-void Desktop::startWindowManager()
-{
-    m_windowManager.setStandardErrorFile(QProcess::nullDevice());
-    m_windowManager.start(QStringLiteral("openbox"), QStringList());
-    if (!m_windowManager.waitForStarted(Patience))
-        qFatal("openbox does not work here; scripts/setup.sh installs it.");
 }
 
 bool Desktop::isManaged() const
@@ -143,7 +119,8 @@ void Desktop::click(Window window, QPoint point, Button button)
     xdotool({QStringLiteral("mousemove"), QStringLiteral("--window"), QString::number(window),
              QString::number(point.x()), QString::number(point.y()), QStringLiteral("click"),
              QString::number(button), QStringLiteral("mousemove"),
-             QString::number(ScreenSize.width() - 1), QString::number(ScreenSize.height() - 1)});
+             QString::number(VirtualScreen::Size.width() - 1),
+             QString::number(VirtualScreen::Size.height() - 1)});
 }
 
 void Desktop::movePointer(QPoint point)

@@ -2,11 +2,14 @@
 
 #include <QImage>
 #include <QPoint>
-#include <QProcess>
 #include <QRect>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+
+#include <memory>
+
+class VirtualScreen;
 
 /// A screen of the test's own, with a window manager, seen and used as a person does: by the titles
 /// of the windows, what is drawn in them, the mouse and the keys.
@@ -21,7 +24,6 @@ public:
     ~Desktop();
     Q_DISABLE_COPY(Desktop)
 
-    void startWindowManager();
     /// Whether windows are framed and take turns from now on.
     bool isManaged() const;
 
@@ -58,9 +60,8 @@ public:
     static QImage screen();
 
 private:
-    void startServer();
+    void startScreen();
 
     QTemporaryDir m_home;
-    QProcess m_server;
-    QProcess m_windowManager;
+    std::unique_ptr<VirtualScreen> m_screen;
 };
