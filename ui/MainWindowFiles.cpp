@@ -7,6 +7,7 @@
 #include "Render/TrackRenderer.h"
 #include "model/Settings.h"
 #include "ui/DroppedFiles.h"
+#include "ui/RenderProgressDialog.h"
 #include "ui/RenderSteps.h"
 #include "ui/dialogs/FileDialogs.h"
 #include "ui/dialogs/MessageBoxes.h"
@@ -18,7 +19,6 @@
 #include <QDropEvent>
 #include <QFileInfo>
 #include <QMimeData>
-#include <QProgressDialog>
 #include <QScopeGuard>
 #include <QStatusBar>
 #include <QThread>
@@ -235,9 +235,7 @@ void MainWindow::startRender(const QString &fileName)
 
 void MainWindow::onRenderStarted()
 {
-    m_progressDialog = new QProgressDialog(tr("Rendering to wav..."), QString(), 0, 1, this);
-    // The last notes fade out when all are scheduled: the end is not where the bar is full.
-    m_progressDialog->setAutoReset(false);
+    m_progressDialog = new RenderProgressDialog(tr("Rendering to wav..."), this);
     m_progressDialog->show();
 }
 

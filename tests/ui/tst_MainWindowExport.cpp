@@ -1,12 +1,14 @@
 #include "MainWindowStage.h"
 
 #include "model/Settings.h"
+#include "support/WidgetDriver.h"
 
 #include <QDial>
 #include <QLabel>
 #include <QProgressBar>
 #include <QProgressDialog>
 #include <QPushButton>
+#include <QWindow>
 #include <QtEndian>
 
 /// The export to a wave file, with the real renderer and real files.
@@ -24,6 +26,8 @@ private slots:
     void aFileOfNoTracksIsWritten();
     void volumeAndPanAreHeard();
     void theProgressIsShown();
+    void escapeLeavesTheProgress();
+    void closingLeavesTheProgress();
     void progressWithoutADialogIsIgnored();
     void hugeProgressStaysPositive();
     void anExportMustEndBeforeTheNext();
@@ -176,6 +180,32 @@ void tst_MainWindowExport::theProgressIsShown()
     QVERIFY(dialog()->isVisible());
     QVERIFY(!dialog()->isModal());
     QTRY_COMPARE(dialog()->maximum(), 34 * 4 * 120960);
+    QTRY_VERIFY(dialog()->value() > 0);
+}
+
+void tst_MainWindowExport::escapeLeavesTheProgress()
+{
+    m_stage->paste(Endless);
+    startExport("a.wav");
+    QVERIFY(WidgetDriver::show(*dialog()));
+    const QSignalSpy left(dialog(), &QDialog::finished);
+    WidgetDriver::press(Qt::Key_Escape);
+    QCoreApplication::processEvents();
+    QCOMPARE(left.size(), 0); // what is hidden may come back with the next progress
+    QVERIFY(dialog()->isVisible());
+    QTRY_VERIFY(dialog()->value() > 0);
+}
+
+void tst_MainWindowExport::closingLeavesTheProgress()
+{
+    m_stage->paste(Endless);
+    startExport("a.wav");
+    QVERIFY(WidgetDriver::show(*dialog()));
+    QVERIFY(!dialog()->windowFlags().testFlag(Qt::WindowCloseButtonHint));
+    dialog()->windowHandle()->close();
+    QCoreApplication::processEvents();
+    QVERIFY(dialog()->isVisible());
+    QVERIFY(!dialog()->wasCanceled());
     QTRY_VERIFY(dialog()->value() > 0);
 }
 
