@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <chrono>
 #include <memory>
 
 class ProblemLabel;
@@ -32,7 +33,7 @@ class MainWindow;
 ///
 /// What is done to all rows is done in the order of their ids as texts ("T1", "T10", "T2"),
 /// whatever the order they are shown in. Signals of the player name rows by their ids and may come
-/// when the row is gone; they do nothing then.
+/// when the row is gone; they do nothing then. No row goes while a modal dialog is in front.
 ///
 /// The slots are in four files: MainWindow.cpp, MainWindowFiles.cpp, MainWindowTracks.cpp and
 /// MainWindowPlayback.cpp.
@@ -117,11 +118,15 @@ private:
     int chosenInstrument(const Track &track) const;
     void connectRow(TrackWidget *row);
     void discard(TrackWidget *row);
+    bool isRemovalBarred(void (MainWindow::*removal)());
     void updateActions();
     void updateTrackLengths();
     void updateHint();
     void scrollToBottom();
 
+    // Of the event loops that run: 1 for the program's own, more in dialogs and menus.
+    static int eventLoops();
+    static constexpr std::chrono::milliseconds RetryAfter{50};
     void openDropped();
     void openUrls(const QList<QUrl> &urls);
     void loadABCFile(const QString &path);
@@ -151,7 +156,7 @@ private:
 
     TrackColumn m_column;
     QList<QUrl> m_dropped;                  // not opened yet
-    int m_loopsAtDrop = 0;                  // of the event loops that were running
+    int m_loopsAtDrop = 0;                  // 1 for the program's own event loop, 0 before it
     QTimer m_openTimer;                     // when the drop is over
     QTimer m_scrollTimer;                   // when the layout has placed new rows
     EmptyHint *m_hint = nullptr;            // a child

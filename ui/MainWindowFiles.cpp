@@ -23,17 +23,9 @@
 #include <QStatusBar>
 #include <QThread>
 
-#include <chrono>
 #include <utility>
 
 namespace {
-
-constexpr std::chrono::milliseconds RetryAfter(50);
-
-int eventLoops()
-{
-    return QThread::currentThread()->loopLevel();
-}
 
 /// The window would wait for what comes out of a pipe or a device, perhaps for ever.
 void refuseEndless(const QString &path)
@@ -44,6 +36,11 @@ void refuseEndless(const QString &path)
 }
 
 } // namespace
+
+int MainWindow::eventLoops()
+{
+    return QThread::currentThread()->loopLevel();
+}
 
 void MainWindow::openFiles(const QStringList &paths)
 {
@@ -112,7 +109,7 @@ void MainWindow::dropEvent(QDropEvent *event)
     event->setDropAction(Qt::CopyAction);
     event->accept();
     if (m_dropped.isEmpty())
-        m_loopsAtDrop = eventLoops();
+        m_loopsAtDrop = qMin(eventLoops(), 1);
     m_dropped += urls;
     m_openTimer.start(0);
 }

@@ -7,6 +7,7 @@
 #include "ui/dialogs/MessageBoxes.h"
 #include "ui/tracks/TrackWidget.h"
 
+#include <QApplication>
 #include <QScopeGuard>
 
 #include <algorithm>
@@ -99,6 +100,20 @@ void MainWindow::discard(TrackWidget *row)
     delete row;
 }
 
+/// The dialog may be that of a row or of its editor, which would be gone when it returns. So who
+/// asks for the removal of rows then, such as a screen reader or a menu that the desktop shows in a
+/// bar of its own, is refused as the mouse and the keys are. A click right behind the one that
+/// closes the dialog may come before it returns, and has to wait for that.
+bool MainWindow::isRemovalBarred(void (MainWindow::*removal)())
+{
+    if (QApplication::activeModalWidget() != nullptr)
+        return true;
+    if (eventLoops() <= 1) // the program's own
+        return false;
+    QTimer::singleShot(RetryAfter, this, removal);
+    return true;
+}
+
 /// One time axis for all rows.
 void MainWindow::updateTrackLengths()
 {
@@ -146,6 +161,8 @@ void MainWindow::onDuplicateTracks()
 /// The time axis stays as it is, so that the rows which are left do not jump.
 void MainWindow::onRemoveSelectedTracks()
 {
+    if (isRemovalBarred(&MainWindow::onRemoveSelectedTracks))
+        return;
     for (TrackWidget *const row : rows(Scope::Selected)) {
         if (isPlaying(row))
             m_player->stopTrack(row->trackId());
@@ -175,6 +192,8 @@ void MainWindow::onTrackRemoved()
 
 void MainWindow::onClearTracks()
 {
+    if (isRemovalBarred(&MainWindow::onClearTracks))
+        return;
     for (TrackWidget *const row : rows(Scope::All))
         discard(row);
     m_player->stopAll();

@@ -1,6 +1,6 @@
 #include "ui/editor/SearchProgress.h"
 
-#include <QCoreApplication>
+#include <QEventLoop>
 #include <QProgressDialog>
 
 namespace {
@@ -25,10 +25,19 @@ void SearchProgress::check()
     if (m_sinceEvents.elapsed() < BetweenEvents || m_sinceStart.elapsed() < Patience)
         return;
     showBox();
-    QCoreApplication::processEvents();
+    const bool goesOn = takeEvents();
     m_sinceEvents.start();
-    if (m_box->wasCanceled())
+    if (!goesOn || m_box->wasCanceled())
         throw Cancelled();
+}
+
+/// In an event loop, though it is left at once: who must not disturb a call that goes on asks how
+/// many loops there are. False when the program ends.
+bool SearchProgress::takeEvents()
+{
+    QEventLoop loop;
+    QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    return loop.exec() == 0;
 }
 
 // How far the search is cannot be told, so the bar just moves.

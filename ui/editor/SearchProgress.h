@@ -23,6 +23,7 @@ public:
     void check();
 
 private:
+    static bool takeEvents();
     void showBox();
 
     QWidget *m_parent;

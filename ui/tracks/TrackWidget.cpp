@@ -9,6 +9,7 @@
 #include "ui/tracks/ui_TrackWidget.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QEvent>
 #include <QFileInfo>
 #include <QHash>
@@ -223,8 +224,12 @@ void TrackWidget::onMuteClicked()
     emit trackMuteChanged();
 }
 
+/// Behind a modal dialog, which may be the editor's, only a screen reader can still press the
+/// button.
 void TrackWidget::onRemoveClicked()
 {
+    if (QApplication::activeModalWidget() != nullptr)
+        return;
     emit trackRemoved();
     deleteLater();
 }
