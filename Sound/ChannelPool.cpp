@@ -114,8 +114,7 @@ FMOD_RESULT BuiltinChannel::setChannelGroup(FMOD::ChannelGroup *group)
 
 void BuiltinChannel::planFade(std::uint64_t clock, std::uint64_t frames)
 {
-    if (m_state == State::Waiting)
-        m_fade = {clock, frames};
+    m_fade = {clock, frames};
 }
 
 FMOD_RESULT BuiltinChannel::play()

@@ -48,7 +48,7 @@ public:
     /// Groups have no settings of their own here.
     FMOD_RESULT setChannelGroup(FMOD::ChannelGroup *group) override;
 
-    /// See PlannedFade. Ignored once the channel sounds.
+    /// See PlannedFade. Changes nothing once the channel sounds.
     void planFade(std::uint64_t clock, std::uint64_t frames);
 
 private:

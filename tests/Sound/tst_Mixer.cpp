@@ -870,6 +870,13 @@ void tst_Mixer::stopCutsALongFadeShort()
 void tst_Mixer::stopLetsAFadeEnd()
 {
     const Samples samples(20000, 1.0F);
+    Mixer early(1);
+    early.start(0, fading(samples, 1000, 8292));
+    mixed(early, 9035); // 257 frames before its end
+    early.stop(0);
+    mixed(early, 256);
+    QCOMPARE(early.ended().size(), std::size_t{1});
+
     Mixer expected(1);
     expected.start(0, fading(samples, 1000, 8292)); // 100 frames of it beyond the eighth point
     const Mix wanted = mixed(expected, 9300);
