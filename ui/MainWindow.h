@@ -118,7 +118,7 @@ private:
     int chosenInstrument(const Track &track) const;
     void connectRow(TrackWidget *row);
     void discard(TrackWidget *row);
-    bool isRemovalBarred(void (MainWindow::*removal)());
+    bool isRemovalBarred(const char *removal);
     void updateActions();
     void updateTrackLengths();
     void updateHint();

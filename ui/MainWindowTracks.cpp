@@ -104,7 +104,7 @@ void MainWindow::discard(TrackWidget *row)
 /// asks for the removal of rows then, such as a screen reader or a menu that the desktop shows in a
 /// bar of its own, is refused as the mouse and the keys are. A click right behind the one that
 /// closes the dialog may come before it returns, and has to wait for that.
-bool MainWindow::isRemovalBarred(void (MainWindow::*removal)())
+bool MainWindow::isRemovalBarred(const char *removal)
 {
     if (QApplication::activeModalWidget() != nullptr)
         return true;
@@ -161,7 +161,7 @@ void MainWindow::onDuplicateTracks()
 /// The time axis stays as it is, so that the rows which are left do not jump.
 void MainWindow::onRemoveSelectedTracks()
 {
-    if (isRemovalBarred(&MainWindow::onRemoveSelectedTracks))
+    if (isRemovalBarred(SLOT(onRemoveSelectedTracks())))
         return;
     for (TrackWidget *const row : rows(Scope::Selected)) {
         if (isPlaying(row))
@@ -192,7 +192,7 @@ void MainWindow::onTrackRemoved()
 
 void MainWindow::onClearTracks()
 {
-    if (isRemovalBarred(&MainWindow::onClearTracks))
+    if (isRemovalBarred(SLOT(onClearTracks())))
         return;
     for (TrackWidget *const row : rows(Scope::All))
         discard(row);

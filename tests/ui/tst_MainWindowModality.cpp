@@ -61,6 +61,15 @@ template <typename Child> Child *child(const QWidget *parent, const char *name)
     return found;
 }
 
+/// From the event loop, or from the next turn of what takes events.
+void soon(QObject *context, const std::function<void()> &work)
+{
+    auto *const timer = new QTimer(context);
+    timer->setSingleShot(true);
+    QObject::connect(timer, &QTimer::timeout, context, work);
+    timer->start(0);
+}
+
 /// As a screen reader does it.
 void pressByName(QWidget *button)
 {
@@ -84,10 +93,13 @@ void tst_MainWindowModality::cleanup()
 
 void tst_MainWindowModality::inProgram(const std::function<void()> &work)
 {
-    QTimer::singleShot(0, [&work] {
+    QTimer start;
+    start.setSingleShot(true);
+    connect(&start, &QTimer::timeout, [&work] {
         work();
         QCoreApplication::exit();
     });
+    start.start(0);
     QApplication::exec();
 }
 
@@ -109,7 +121,7 @@ void tst_MainWindowModality::failToApply(const std::function<void()> &meanwhile,
         editor->findChild<ABCCodeEditor *>()->selectAll();
         editor->findChild<ABCCodeEditor *>()->insertPlainText(text("X:1\nK:C\nC*"));
         m_stage->answers().visit([&](QWidget &box) {
-            QTimer::singleShot(0, &box, [&] {
+            soon(&box, [&] {
                 meanwhile();
                 for (const char *const answer : answers)
                     m_stage->answers().press(answer);
@@ -183,7 +195,7 @@ void tst_MainWindowModality::aDropWaitsForTheBoxInFront()
     QTRY_COMPARE(titles(), text("New"));
 }
 
-/// The cancelling click and the drop may be taken in one go.
+/// It takes events in the middle of its work.
 void tst_MainWindowModality::aDropWaitsForTheSearchInFront()
 {
     inProgram([this] {
@@ -195,9 +207,10 @@ void tst_MainWindowModality::aDropWaitsForTheSearchInFront()
         child<QLineEdit>(find, "txtFind")->setText(text(".*x"));
         m_stage->answers()
             .visit([this](QWidget &box) {
-                QTimer::singleShot(0, this, [this] { m_stage->drop({m_stage->tune("New")}); });
-                QTimer::singleShot(0, &box,
-                                   [&box] { WidgetDriver::click(box.findChild<QPushButton *>()); });
+                soon(&box, [this, &box] {
+                    m_stage->drop({m_stage->tune("New")});
+                    WidgetDriver::click(box.findChild<QPushButton *>());
+                });
             })
             .press("Yes");
         child<QPushButton>(find, "btnFindNext")->click();
@@ -222,8 +235,9 @@ void tst_MainWindowModality::theSessionEndsBehindADialog()
     QPointer<ABCEditor> editor;
     inProgram([&] {
         editor = openEditor();
-        m_stage->answers().visit(
-            [](QWidget &) { QTimer::singleShot(0, &QApplication::closeAllWindows); });
+        m_stage->answers().visit([](QWidget &) {
+            QMetaObject::invokeMethod(qApp, "closeAllWindows", Qt::QueuedConnection);
+        });
         child<QAction>(editor, action.toUtf8().constData())->trigger();
     });
     QTRY_VERIFY(!editor);

@@ -36,7 +36,7 @@ void SearchProgress::check()
 bool SearchProgress::takeEvents()
 {
     QEventLoop loop;
-    QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(&loop, "quit", Qt::QueuedConnection);
     return loop.exec() == 0;
 }
 
