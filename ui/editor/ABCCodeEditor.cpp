@@ -1,6 +1,7 @@
 #include "ui/editor/ABCCodeEditor.h"
 
 #include "ui/editor/EditorLineNumberArea.h"
+#include "ui/editor/LineEnds.h"
 
 #include <QMimeData>
 #include <QPaintEvent>
@@ -87,7 +88,7 @@ void ABCCodeEditor::changeEvent(QEvent *event)
 void ABCCodeEditor::insertFromMimeData(const QMimeData *source)
 {
     QMimeData lines;
-    lines.setText(source->text().replace(QChar::LineSeparator, QLatin1Char('\n')));
+    lines.setText(withSimpleLineEnds(source->text()));
     QPlainTextEdit::insertFromMimeData(&lines);
 }
 

@@ -12,6 +12,7 @@
 #include "ui/dialogs/TransposeDialog.h"
 #include "ui/dialogs/UnitLengthDialog.h"
 #include "ui/editor/FindReplaceDialog.h"
+#include "ui/editor/LineEnds.h"
 #include "ui/editor/PositionText.h"
 #include "ui/editor/ui_ABCEditor.h"
 #include "ui/pianoroll/PianoRollKeyboard.h"
@@ -379,7 +380,7 @@ void ABCEditor::showText(const QString &text)
     const int line = m_ui->txtABC->textCursor().blockNumber();
     const int scrolled = m_ui->txtABC->verticalScrollBar()->value();
     m_ui->txtABC->selectAll();
-    m_ui->txtABC->insertPlainText(text);
+    m_ui->txtABC->insertPlainText(withSimpleLineEnds(text));
     m_ui->txtABC->setTextCursor(startOfLine(*m_ui->txtABC->document(), line));
     m_ui->txtABC->verticalScrollBar()->setValue(scrolled);
 }

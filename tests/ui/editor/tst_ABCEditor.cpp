@@ -221,6 +221,15 @@ private slots:
         QVERIFY(!stage.action("actionApply")->isEnabled());
     }
 
+    void everyLineEndOfTheTextMakesALine()
+    {
+        Track track = EditorStage::trackOf(EditorStage::shortTune());
+        track.setAbc(QStringLiteral("X:1\u2028K:C\u2029C\r\nD"));
+        const EditorStage stage(track);
+        QCOMPARE(stage.shownText(), QStringLiteral("X:1\nK:C\nC\nD"));
+        QCOMPARE(stage.text().blockCount(), 4);
+    }
+
     void aTrackWithoutTextGetsOne()
     {
         Track track;
