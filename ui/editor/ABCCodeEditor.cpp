@@ -46,6 +46,7 @@ ABCCodeEditor::ABCCodeEditor(QWidget *parent)
     : QPlainTextEdit(parent)
     , m_lineNumberArea(new EditorLineNumberArea(this))
 {
+    setLayoutDirection(Qt::LeftToRight); // ABC is written so everywhere
     connect(this, &QPlainTextEdit::blockCountChanged, this, &ABCCodeEditor::onBlockCountChanged);
     connect(this, &QPlainTextEdit::updateRequest, this, &ABCCodeEditor::onUpdateRequest);
     connect(this, &QPlainTextEdit::cursorPositionChanged, this,
@@ -70,7 +71,8 @@ void ABCCodeEditor::paintLineNumbers(const QPaintEvent &event)
     qreal top = blockBoundingGeometry(block).translated(contentOffset()).top();
     for (; block.isValid() && top <= event.rect().bottom(); block = block.next()) {
         if (block.isVisible())
-            painter.drawText(0, qRound(top), m_lineNumberArea->width(), height, Qt::AlignRight,
+            painter.drawText(0, qRound(top), m_lineNumberArea->width(), height,
+                             Qt::AlignRight | Qt::AlignAbsolute,
                              QString::number(block.blockNumber() + 1));
         top += blockBoundingRect(block).height();
     }

@@ -104,7 +104,11 @@ private slots:
         m_editor->resize(400, 300);
         QVERIFY(show(*m_editor));
     }
-    void cleanup() { m_editor.reset(); }
+    void cleanup()
+    {
+        m_editor.reset();
+        QGuiApplication::setLayoutDirection(Qt::LeftToRight);
+    }
 
     void theGutterIsAsWideAsTheLastNumber_data()
     {
@@ -198,6 +202,19 @@ private slots:
         QVERIFY(ten.left() < picture.width() - digit(*m_editor));
         QVERIFY(one.height() > digit(*m_editor));
         QVERIFY(ten.height() >= one.height());
+    }
+
+    void theGutterIsOnTheLeftOfARightToLeftDesktopToo()
+    {
+        QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+        init();
+        m_editor->setPlainText(lines(1000));
+        const QImage picture = pictureOfGutter(*m_editor);
+        QCOMPARE(gutterOf(*m_editor)->geometry().right() + 1, m_editor->viewport()->x());
+        QVERIFY(m_editor->verticalScrollBar()->mapTo(m_editor.get(), QPoint()).x()
+                > m_editor->viewport()->geometry().right());
+        const QRect one = inkOf(picture, rowOf(*m_editor, 0), lightGrey);
+        QVERIFY(one.left() >= picture.width() - digit(*m_editor));
     }
 
     void theSameNumberLooksTheSameOnItsLine()

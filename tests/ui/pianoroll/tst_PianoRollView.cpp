@@ -17,6 +17,8 @@ class tst_PianoRollView : public QObject {
 private slots:
     void initTestCase() { m_sandbox = std::make_unique<SettingsSandbox>(); }
     void cleanupTestCase() { m_sandbox.reset(); }
+    void cleanup() { QGuiApplication::setLayoutDirection(Qt::LeftToRight); }
+    void sidesStandInTheMargins_data();
     void sidesStandInTheMargins();
     void theCornerIsDarkWithTwoBorders();
     void itIsSetUpAsAScrolledPicture();
@@ -105,8 +107,17 @@ QImage paintedAnew(RollStage &stage)
 
 } // namespace
 
+void tst_PianoRollView::sidesStandInTheMargins_data()
+{
+    QTest::addColumn<Qt::LayoutDirection>("desktop");
+    QTest::newRow("left to right") << Qt::LeftToRight;
+    QTest::newRow("right to left") << Qt::RightToLeft;
+}
+
 void tst_PianoRollView::sidesStandInTheMargins()
 {
+    QFETCH(Qt::LayoutDirection, desktop);
+    QGuiApplication::setLayoutDirection(desktop);
     RollStage stage;
     for (const QSize &size : {QSize(800, 600), QSize(300, 200)}) {
         stage.view.resize(size);
