@@ -22,7 +22,9 @@
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QLabel>
+#include <QScreen>
 #include <QScrollBar>
+#include <QStyle>
 #include <QTextBlock>
 
 namespace {
@@ -77,6 +79,7 @@ ABCEditor::ABCEditor(Track *track, QWidget *parent)
 {
     m_ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
+    fitOnScreen();
     setUpStatusBar();
     setUpText();
     updateTitle();
@@ -88,6 +91,13 @@ ABCEditor::ABCEditor(Track *track, QWidget *parent)
 ABCEditor::~ABCEditor()
 {
     m_ui->dockPianoRoll->disconnect(this);
+}
+
+// Nothing that the frame takes is known before the window is shown, but its title is about as high.
+void ABCEditor::fitOnScreen()
+{
+    const QSize title(0, style()->pixelMetric(QStyle::PM_TitleBarHeight));
+    resize(size().boundedTo(screen()->availableSize() - title));
 }
 
 void ABCEditor::setUpText()

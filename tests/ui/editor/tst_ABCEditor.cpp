@@ -12,8 +12,10 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMetaMethod>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QStatusBar>
+#include <QStyle>
 #include <QToolBar>
 #include <QToolButton>
 #include <QtTest>
@@ -176,10 +178,17 @@ private slots:
     {
         EditorStage stage;
         QVERIFY(stage.editor->isWindow());
-        QCOMPARE(stage.editor->size(), QSize(900, 650));
         QVERIFY(stage.show());
         stage.editor->close();
         QTRY_VERIFY(stage.editor.isNull());
+    }
+
+    void theWindowFitsOnTheScreen()
+    {
+        const EditorStage stage;
+        const QRect screen = stage.editor->screen()->availableGeometry();
+        const QSize frame(0, stage.editor->style()->pixelMetric(QStyle::PM_TitleBarHeight));
+        QCOMPARE(stage.editor->size(), QSize(900, 650).boundedTo(screen.size() - frame));
     }
 
     void theDockIsBelowAndNamed()
