@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QPixmap>
 #include <QScreen>
 #include <QScrollBar>
 #include <QTextBlock>
@@ -360,6 +361,15 @@ private slots:
         QCOMPARE(m_editor->toPlainText(), QString());
     }
 
+    void whatIsNoTextIsNotPasted()
+    {
+        m_editor->setPlainText(QStringLiteral("abc"));
+        m_editor->selectAll();
+        QApplication::clipboard()->setPixmap(QPixmap(8, 8));
+        press(Qt::Key_V, Qt::ControlModifier);
+        QCOMPARE(m_editor->toPlainText(), QStringLiteral("abc"));
+    }
+
     void shiftAndReturnMakeALineToo()
     {
         type(QStringLiteral("a"));
@@ -367,6 +377,15 @@ private slots:
         type(QStringLiteral("b"));
         QCOMPARE(m_editor->toPlainText(), QStringLiteral("a\nb"));
         QCOMPARE(m_editor->blockCount(), 2);
+    }
+
+    void theNewLineIsSeen()
+    {
+        m_editor->setPlainText(lines(100));
+        m_editor->moveCursor(QTextCursor::End);
+        press(Qt::Key_Return, Qt::ShiftModifier);
+        QVERIFY(m_editor->viewport()->rect().contains(m_editor->cursorRect()));
+        QVERIFY(m_editor->viewport()->rect().bottom() > m_editor->cursorRect().bottom());
     }
 
     void shiftAndReturnLeaveWhatIsReadOnly()

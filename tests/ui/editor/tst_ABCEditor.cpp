@@ -20,6 +20,8 @@
 #include <QToolButton>
 #include <QtTest>
 
+#include <algorithm>
+
 using namespace WidgetDriver;
 
 namespace {
@@ -278,6 +280,25 @@ private slots:
         QVERIFY(places.lastKey() > stage.editor->width() * 7 / 12);
     }
 
+    void labelsGrowSixToOneToTwoToTwo()
+    {
+        EditorStage stage;
+        QVERIFY(stage.show());
+        stage.editor->resize(4000, 650);
+        const auto labels = stage.editor->statusBar()->findChildren<QLabel *>();
+        const QLabel *const position =
+            *std::find_if(labels.begin(), labels.end(), [](QLabel *label) {
+                return label->text().startsWith(QLatin1String("Pos"));
+            });
+        QTRY_VERIFY(position->x() > 2000);
+        QStringList shares;
+        for (const QLabel *label : labels)
+            shares << label->text().left(3)
+                    + QString::number(qRound(double(label->width()) / position->width()));
+        shares.sort();
+        QCOMPARE(shares, texts({"6", "Len2", "Ln:2", "Pos1"}));
+    }
+
     void keysGoToTheTextAtOnce()
     {
         EditorStage stage;
@@ -421,6 +442,19 @@ private slots:
         QVERIFY(dialog->isVisible());
         stage.editor->onFindReplace();
         QCOMPARE(stage.editor->findChildren<FindReplaceDialog *>().size(), 1);
+    }
+
+    void theFindDialogComesBackToTheFront()
+    {
+        EditorStage stage;
+        QVERIFY(stage.show());
+        stage.editor->onFindReplace();
+        auto *const dialog = stage.editor->findChild<FindReplaceDialog *>();
+        QTRY_VERIFY(dialog->isActiveWindow());
+        stage.editor->activateWindow();
+        QTRY_VERIFY(stage.editor->isActiveWindow());
+        press(Qt::Key_F, Qt::ControlModifier);
+        QTRY_VERIFY(dialog->isActiveWindow());
     }
 
     void aFindDialogThatIsGoneIsMadeAnew()

@@ -41,6 +41,7 @@ private slots:
     void aPositionInSightDoesNotScroll();
     void aPositionBeyondAllEndsIsBounded();
     void theFirstNotesAreShownInTheMiddle();
+    void notesAfterAnEmptyTrackAreShownInTheMiddle();
     void laterTracksDoNotMoveTheView();
     void aViewNeedsNoScene();
     void unusualTracksAreShown_data();
@@ -446,6 +447,16 @@ void tst_PianoRollView::theFirstNotesAreShownInTheMiddle()
     QApplication::processEvents();
     QVERIFY(std::abs(view.mapFromScene(0, 92.5).y() - view.viewport()->height() / 2) <= 1);
     QCOMPARE(view.horizontalScrollBar()->value(), 0);
+}
+
+void tst_PianoRollView::notesAfterAnEmptyTrackAreShownInTheMiddle()
+{
+    RollStage stage;
+    stage.setTrack({});
+    stage.view.viewport()->grab();
+    stage.setTrack(trackOf({50, 54}));
+    const int middle = stage.view.viewport()->height() / 2;
+    QVERIFY(std::abs(stage.view.mapFromScene(0, 52.5).y() - middle) <= 1);
 }
 
 void tst_PianoRollView::laterTracksDoNotMoveTheView()
