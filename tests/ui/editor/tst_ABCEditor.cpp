@@ -432,7 +432,6 @@ private slots:
         QVERIFY(stage.show());
         press(Qt::Key_F, Qt::ControlModifier);
         auto *const dialog = stage.editor->findChild<FindReplaceDialog *>();
-        QVERIFY(dialog != nullptr);
         QVERIFY(dialog->isVisible());
         QVERIFY(!dialog->isModal());
         dialog->close();
