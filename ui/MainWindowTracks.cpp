@@ -113,7 +113,7 @@ void MainWindow::onNewTrack()
 {
     addTrack(Track());
     updateTrackLengths();
-    m_scrollTimer.start();
+    scrollToBottom();
 }
 
 void MainWindow::onMergeTracks()
@@ -126,7 +126,7 @@ void MainWindow::onMergeTracks()
     try {
         addTrack(mergeTracks(tracks));
         updateTrackLengths();
-        m_scrollTimer.start();
+        scrollToBottom();
     } catch (const QString &message) {
         MessageBoxes::critical(this, tr("Merge Tracks"),
                                tr("Could not merge tracks: %1").arg(message));
@@ -140,7 +140,7 @@ void MainWindow::onDuplicateTracks()
         tracks.append(row->track());
     addTracks(tracks);
     updateTrackLengths();
-    m_scrollTimer.start();
+    scrollToBottom();
 }
 
 /// The time axis stays as it is, so that the rows which are left do not jump.
