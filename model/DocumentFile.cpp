@@ -49,12 +49,18 @@ bool canBeWritten(const struct stat &file)
     return S_ISREG(file.st_mode) || S_ISCHR(file.st_mode);
 }
 
-/// Writes from the start, cuts off what is behind, and waits for the disk. Answers what went wrong.
+/// Writes from the start, waits for the disk, and cuts off what is behind. Answers what went wrong.
+/// The cut comes last: what it takes away could not be written again.
 QString writeThrough(QFile &file, const QByteArray &bytes, qint64 size)
 {
-    if (!file.seek(0) || !AtomicFile::writeWhole(file, bytes) || !file.resize(size))
+    if (!file.seek(0) || !AtomicFile::writeWhole(file, bytes))
         return file.errorString();
-    return fsync(file.handle()) == 0 ? QString() : QString::fromLocal8Bit(strerror(errno));
+    if (fsync(file.handle()) != 0)
+        return QString::fromLocal8Bit(strerror(errno));
+    if (!file.resize(size))
+        return file.errorString();
+    fsync(file.handle()); // of the new length alone
+    return {};
 }
 
 void create(const QString &path, const QByteArray &bytes)

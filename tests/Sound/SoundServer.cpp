@@ -11,7 +11,9 @@
 
 namespace {
 
-constexpr int LongestStart = 20000; // ms
+constexpr int LongestStart = 20000;     // ms
+constexpr int LongestRecording = 30000; // the server gives up a stalled stream after 20 s
+constexpr int Starts = 3;
 
 /// Two times 3072 frames are buffered: that is 128 ms.
 const char *const PipeWireConfig = R"(context.properties = {
@@ -74,12 +76,12 @@ SoundServer::SoundServer(std::function<void()> meanwhile)
 
 SoundServer::~SoundServer() = default;
 
-bool SoundServer::comesTrue(const std::function<bool()> &condition) const
+bool SoundServer::comesTrue(const std::function<bool()> &condition, int patience) const
 {
     QElapsedTimer timer;
     timer.start();
     while (!condition()) {
-        if (timer.elapsed() > LongestStart)
+        if (timer.elapsed() > patience)
             return false;
         m_meanwhile();
     }
@@ -109,6 +111,16 @@ std::unique_ptr<SoundServer::Process> SoundServer::run(const QString &program,
 
 bool SoundServer::start()
 {
+    for (int attempt = 0; attempt < Starts; ++attempt) {
+        if (tryToStart())
+            return true;
+        kill();
+    }
+    return false;
+}
+
+bool SoundServer::tryToStart()
+{
     // Server and pactl both make this directory, and the server gives up when pactl is the first.
     QDir(m_folder.path()).mkpath(QStringLiteral("pulse"));
     QFile::setPermissions(m_folder.filePath(QStringLiteral("pulse")),
@@ -118,17 +130,19 @@ bool SoundServer::start()
         m_bus = run(QStringLiteral("dbus-daemon"),
                     {QStringLiteral("--session"), QStringLiteral("--nofork"),
                      QStringLiteral("--address=%1").arg(address)});
-    const auto exists = [this](const QString &name) {
-        return comesTrue([&] { return QFileInfo::exists(m_folder.filePath(name)); });
-    };
-    if (!exists(QStringLiteral("bus")))
+    if (!hasFile(QStringLiteral("bus")))
         return false;
     m_servers.push_back(run(QStringLiteral("pipewire"), {}));
-    if (!exists(QStringLiteral("pipewire-0")))
+    if (!hasFile(QStringLiteral("pipewire-0")))
         return false;
     m_servers.push_back(run(QStringLiteral("wireplumber"), {}));
     m_servers.push_back(run(QStringLiteral("pipewire-pulse"), {}));
-    return comesTrue([this] { return isAnswering(); });
+    return comesTrue([this] { return isAnswering(); }, LongestStart);
+}
+
+bool SoundServer::hasFile(const QString &name) const
+{
+    return comesTrue([&] { return QFileInfo::exists(m_folder.filePath(name)); }, LongestStart);
 }
 
 bool SoundServer::isAnswering() const
@@ -167,7 +181,6 @@ void SoundServer::signalAll(int signal)
 
 bool SoundServer::startRecording()
 {
-    m_hasLostFrames = false;
     m_recorder.reset();
     QFile::remove(m_folder.filePath(QStringLiteral("parec.out")));
     m_recorder = run(QStringLiteral("parec"),
@@ -175,15 +188,12 @@ bool SoundServer::startRecording()
                       QStringLiteral("--format=float32le"), QStringLiteral("--rate=48000"),
                       QStringLiteral("--channels=2"), QStringLiteral("--latency-msec=500"),
                       QStringLiteral("--device=auto_null.monitor")});
-    return comesTrue([this] { return !recorded().empty(); });
+    return comesTrue([this] { return !recorded().empty(); }, LongestRecording);
 }
 
 std::vector<float> SoundServer::recorded() const
 {
-    QFile file(m_folder.filePath(QStringLiteral("parec.out")));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    const QByteArray bytes = file.readAll();
+    const QByteArray bytes = contentsOf(QStringLiteral("parec.out"));
     constexpr int FrameBytes = 2 * sizeof(float);
     std::vector<float> left(static_cast<std::size_t>(bytes.size() / FrameBytes));
     for (std::size_t i = 0; i < left.size(); ++i)
@@ -195,20 +205,29 @@ std::vector<float> SoundServer::stopRecording()
 {
     m_recorder->terminate();
     m_recorder->waitForFinished();
-    QFile errors(m_folder.filePath(QStringLiteral("parec.err")));
-    m_hasLostFrames = !errors.open(QIODevice::ReadOnly) || errors.readAll().contains("overrun");
     return recorded();
+}
+
+bool SoundServer::hasFailed() const
+{
+    return contentsOf(QStringLiteral("parec.err")).contains("overrun")
+        || contentsOf(QStringLiteral("wireplumber.err")).contains("not activated");
+}
+
+QByteArray SoundServer::contentsOf(const QString &name) const
+{
+    QFile file(m_folder.filePath(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QString SoundServer::report() const
 {
     QString text;
-    for (const char *const name :
+    for (const char *const program :
          {"dbus-daemon", "pipewire", "wireplumber", "pipewire-pulse", "parec"}) {
-        QFile file(m_folder.filePath(QString::fromLatin1(name) + QStringLiteral(".err")));
-        if (file.open(QIODevice::ReadOnly))
-            text += QStringLiteral("%1: %2\n")
-                        .arg(QString::fromLatin1(name), QString::fromUtf8(file.readAll()));
+        const QString name = QString::fromLatin1(program);
+        const QByteArray errors = contentsOf(name + QStringLiteral(".err"));
+        text += QStringLiteral("%1: %2\n").arg(name, QString::fromUtf8(errors));
     }
     return text;
 }
