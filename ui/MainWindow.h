@@ -111,6 +111,7 @@ private:
     int defaultInstrument() const;
 
     QList<TrackWidget *> rows(Scope scope) const;
+    QList<Track> selectedTracks() const;
     TrackWidget *senderRow() const;
     void addTrack(const Track &track);
     void addTracks(const QList<Track> &tracks);

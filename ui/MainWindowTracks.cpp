@@ -42,6 +42,14 @@ QList<TrackWidget *> MainWindow::rows(Scope scope) const
     return rows;
 }
 
+QList<Track> MainWindow::selectedTracks() const
+{
+    QList<Track> tracks;
+    for (TrackWidget *const row : rows(Scope::Selected))
+        tracks.append(row->track());
+    return tracks;
+}
+
 TrackWidget *MainWindow::senderRow() const
 {
     return qobject_cast<TrackWidget *>(sender());
@@ -118,9 +126,7 @@ void MainWindow::onNewTrack()
 
 void MainWindow::onMergeTracks()
 {
-    QList<Track> tracks;
-    for (TrackWidget *const row : rows(Scope::Selected))
-        tracks.append(row->track());
+    const QList<Track> tracks = selectedTracks();
     if (tracks.isEmpty())
         return;
     try {
@@ -135,10 +141,7 @@ void MainWindow::onMergeTracks()
 
 void MainWindow::onDuplicateTracks()
 {
-    QList<Track> tracks;
-    for (TrackWidget *const row : rows(Scope::Selected))
-        tracks.append(row->track());
-    addTracks(tracks);
+    addTracks(selectedTracks());
     updateTrackLengths();
     scrollToBottom();
 }
