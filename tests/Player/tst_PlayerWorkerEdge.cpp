@@ -45,6 +45,13 @@ void repair(const QString &package)
     writer.save(package);
 }
 
+/// Of a slow machine, which may take longer than a second.
+bool isUnmappedOncePerSecond(const QStringList &told, qint64 elapsedMs)
+{
+    return !told.isEmpty() && told.size() <= 1 + elapsedMs / 1000
+        && told.count(Unmapped) == told.size();
+}
+
 } // namespace
 
 /// What leaves a slot, and what becomes of it at the edge of the thread.
@@ -156,6 +163,8 @@ void tst_PlayerWorkerEdge::manyFailuresOfOneWindowCostOnePass()
 {
     PlayerStage stage;
     MessageCapture log;
+    QElapsedTimer timer;
+    timer.start();
     std::vector<TrackEvent> events;
     for (quint64 i = 0; i < 1000; ++i)
         events.push_back(quarter(i % 10 == 9 ? 60 : 99, i * 5));
@@ -164,13 +173,15 @@ void tst_PlayerWorkerEdge::manyFailuresOfOneWindowCostOnePass()
     QCOMPARE(stage.starts().size(), 100);
     QCOMPARE(stage.starts().constLast(), text("8764")); // tick 4995
     QCOMPARE(stage.fake.calls(text("FMOD_System_Update")).size(), 1);
-    QCOMPARE(log.texts(), QStringList(Unmapped));
+    QVERIFY(isUnmappedOncePerSecond(log.texts(), timer.elapsed()));
 }
 
 void tst_PlayerWorkerEdge::manyFailingTracksCostOneTick()
 {
     PlayerStage stage;
     MessageCapture log;
+    QElapsedTimer timer;
+    timer.start();
     for (int i = 0; i < 200; ++i) {
         stage.play(QStringLiteral("T%1").arg(i),
                    {quarter(99, 0), quarter(60, 0), quarter(98, 0), quarter(61, 1260)});
@@ -180,7 +191,7 @@ void tst_PlayerWorkerEdge::manyFailingTracksCostOneTick()
     QCOMPARE(stage.starts().size(), 400);
     QCOMPARE(stage.starts().count(text("4800")), 200);
     QCOMPARE(stage.starts().count(text("5800")), 200);
-    QCOMPARE(log.texts(), QStringList(Unmapped));
+    QVERIFY(isUnmappedOncePerSecond(log.texts(), timer.elapsed()));
 }
 
 void tst_PlayerWorkerEdge::otherTracksEndAndFadeMeanwhile()
