@@ -22,7 +22,7 @@ Track scale()
 {
     Track track;
     for (quint32 i = 0; i < 50; ++i)
-        track.addEvent(TrackEvent::makeNote(30 + i, i * 10, 10));
+        track.addEvent(TrackEvent::makeNote(30 + i, quint64{i} * 10, 10));
     track.sortEvents();
     return track;
 }
