@@ -1,6 +1,7 @@
 #include "Player/ActiveNote.h"
 
-#include <algorithm>
+#include <cstddef>
+#include <utility>
 
 namespace {
 
@@ -82,7 +83,10 @@ private:
 void fadeAndStop(ActiveNotes &notes, quint64 now, const FmodCheck &check, NoteObserver *observer)
 {
     const FadePass pass(now, check, observer);
-    const auto finished = std::remove_if(notes.begin(), notes.end(),
-                                         [&pass](ActiveNote &note) { return pass.finishes(note); });
-    notes.erase(finished, notes.end());
+    std::size_t kept = 0; // not std::remove_if(), whose order of visits is nobody's promise
+    for (std::size_t i = 0; i < notes.size(); ++i) {
+        if (!pass.finishes(notes[i]))
+            std::swap(notes[kept++], notes[i]);
+    }
+    notes.resize(kept);
 }

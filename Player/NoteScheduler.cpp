@@ -1,6 +1,7 @@
 #include "Player/NoteScheduler.h"
 
 #include "Player/ThrownMessage.h"
+#include "Sound/PlannedFade.h"
 
 #include <algorithm>
 #include <optional>
@@ -134,6 +135,7 @@ void NoteScheduler::prepare(FMOD::Channel &channel, const TrackInfo &info, const
         m_check(channel.setChannelGroup(info.channelGroup));
     m_check(channel.setDelay(FMOD_DELAYTYPE_DSPCLOCK_START, DspClock::highHalf(due.startDsp),
                              DspClock::lowHalf(due.startDsp)));
+    PlannedFade::plan(channel, due.releaseDsp, due.fadeSamples);
 }
 
 void scaleFrequency(FMOD::Channel &channel, double pitch, const FmodCheck &check)

@@ -1,5 +1,6 @@
 #include "Sound/ChannelPool.h"
 
+#include "Sound/PlannedFade.h"
 #include "Sound/Resampler.h"
 #include "Sound/WaveHeader.h"
 
@@ -111,6 +112,11 @@ FMOD_RESULT BuiltinChannel::setChannelGroup(FMOD::ChannelGroup *group)
     return group == nullptr ? FMOD_ERR_INVALID_PARAM : FMOD_OK;
 }
 
+void BuiltinChannel::planFade(std::uint64_t clock, std::uint64_t frames)
+{
+    m_fade = {clock, frames};
+}
+
 FMOD_RESULT BuiltinChannel::play()
 {
     SampleCache::Sample prepared;
@@ -119,7 +125,7 @@ FMOD_RESULT BuiltinChannel::play()
     if (result != FMOD_OK)
         return result;
     m_pool.m_awaited.push_back({this, m_uses}); // does not count before m_prepared is set
-    const auto slot = m_pool.m_bank.await(m_startClock, gain());
+    const auto slot = m_pool.m_bank.await(m_startClock, gain(), m_fade);
     if (!slot)
         return FMOD_ERR_CHANNEL_ALLOC;
     m_slot = *slot;
@@ -160,6 +166,7 @@ FMOD_RESULT ChannelPool::open(const ChannelSound &sound, FMOD::Channel **channel
     opened.m_volume = 1.0F;
     opened.m_pan = 0.0F;
     opened.m_startClock = 0;
+    opened.m_fade = {};
     ++opened.m_uses;
     ++m_waiting;
     *channel = &opened;
@@ -281,4 +288,10 @@ void ChannelPool::endBySelf(BuiltinChannel &channel)
     m_ended.pop_front();
     if (oldest->m_state == BuiltinChannel::State::Ended && oldest->m_uses == uses)
         recycle(*oldest);
+}
+
+void PlannedFade::plan(FMOD::Channel &channel, std::uint64_t clock, std::uint64_t frames)
+{
+    if (auto *const builtin = dynamic_cast<BuiltinChannel *>(&channel))
+        builtin->planFade(clock, frames);
 }

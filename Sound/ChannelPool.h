@@ -22,9 +22,10 @@ struct ChannelSound {
 
 /// A channel of the built-in engine. It waits, paused, while it is set up; setPaused(false)
 /// has the sound prepared for its rate and hands it to the mixer, from where only volume, pan and
-/// stop() reach it. When its sound has ended by itself, they are taken in silence: a note may
-/// well outlast its sample, and its fade is no error. After stop() every call answers
-/// FMOD_ERR_INVALID_HANDLE until the object serves another sound.
+/// stop() reach it, and volume and pan only until the fade that planFade() announced. When its
+/// sound has ended by itself, they are taken in silence: a note may well outlast its sample, and
+/// its fade is no error. After stop() every call answers FMOD_ERR_INVALID_HANDLE until the object
+/// serves another sound.
 class BuiltinChannel final : public FMOD::Channel {
 public:
     explicit BuiltinChannel(ChannelPool &pool)
@@ -47,6 +48,9 @@ public:
     /// Groups have no settings of their own here.
     FMOD_RESULT setChannelGroup(FMOD::ChannelGroup *group) override;
 
+    /// See PlannedFade. Changes nothing once the channel sounds.
+    void planFade(std::uint64_t clock, std::uint64_t frames);
+
 private:
     friend class ChannelPool;
 
@@ -67,6 +71,7 @@ private:
     float m_volume = 1.0F;
     float m_pan = 0.0F;
     std::uint64_t m_startClock = 0;
+    VoiceBank::Fade m_fade;
     VoiceBank::Slot m_slot = 0;
 };
 

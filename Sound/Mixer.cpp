@@ -4,6 +4,10 @@
 
 namespace {
 
+/// A fade goes from point to point, each computed by itself: on the longest of lines no error adds
+/// up, and a ramp stays short enough for its kernel.
+constexpr std::uint64_t FadeStep = Mixer::GainRampFrames;
+
 MixKernels::Source sourceAt(const Mixer::Voice &voice, std::size_t position)
 {
     return {voice.left + position, voice.right + position, voice.gain};
@@ -12,6 +16,18 @@ MixKernels::Source sourceAt(const Mixer::Voice &voice, std::size_t position)
 std::size_t framesLeft(const Mixer::Voice &voice, std::size_t position)
 {
     return voice.frames > position ? voice.frames - position : 0;
+}
+
+/// Of a fade that has begun.
+std::uint64_t framesLeft(const Mixer::Fade &fade, std::uint64_t clock)
+{
+    const std::uint64_t elapsed = clock - fade.begin;
+    return fade.frames > elapsed ? fade.frames - elapsed : 0;
+}
+
+bool isOver(const Mixer::Fade &fade, std::uint64_t clock)
+{
+    return clock >= fade.begin && framesLeft(fade, clock) == 0;
 }
 
 float rampedSide(float from, float to, unsigned done, unsigned length)
@@ -23,6 +39,23 @@ MixKernels::Gain currentGain(const MixKernels::Ramp &ramp)
 {
     return {rampedSide(ramp.from.left, ramp.to.left, ramp.done, ramp.length),
             rampedSide(ramp.from.right, ramp.to.right, ramp.done, ramp.length)};
+}
+
+Mixer::Gain scaled(const Mixer::Gain &gain, double factor)
+{
+    return {static_cast<float>(double{gain.left} * factor),
+            static_cast<float>(double{gain.right} * factor)};
+}
+
+Mixer::Gain faded(const Mixer::Gain &from, const Mixer::Fade &fade, std::uint64_t elapsed)
+{
+    return scaled(from,
+                  static_cast<double>(fade.frames - elapsed) / static_cast<double>(fade.frames));
+}
+
+Mixer::Fade audible(const Mixer::Fade &fade)
+{
+    return {fade.begin, std::max<std::uint64_t>(fade.frames, Mixer::StopRampFrames)};
 }
 
 } // namespace
@@ -41,15 +74,16 @@ void Mixer::start(Slot slot, const Voice &voice)
         return;
     m_states[slot] = State();
     m_states[slot].voice = voice;
+    m_states[slot].voice.fade = audible(voice.fade);
     m_states[slot].inUse = true;
     m_active.push_back(slot);
 }
 
-void Mixer::await(Slot slot, std::uint64_t startClock, const Gain &gain)
+void Mixer::await(Slot slot, std::uint64_t startClock, const Gain &gain, const Fade &fade)
 {
     if (slot >= m_states.size() || m_states[slot].inUse)
         return;
-    start(slot, {nullptr, nullptr, 0, startClock, gain});
+    start(slot, {nullptr, nullptr, 0, startClock, gain, fade});
     m_states[slot].awaited = true;
 }
 
@@ -82,6 +116,8 @@ void Mixer::setGain(Slot slot, const Gain &gain)
     if (slot >= m_states.size() || !m_states[slot].inUse || m_states[slot].stopping)
         return;
     State &state = m_states[slot];
+    if (state.voice.fade.begin <= m_clock)
+        return;
     if (state.position == 0)
         state.voice.gain = gain;
     else
@@ -93,6 +129,8 @@ void Mixer::stop(Slot slot)
     if (slot >= m_states.size() || !m_states[slot].inUse || m_states[slot].stopping)
         return;
     State &state = m_states[slot];
+    if (state.fading && framesLeft(state.voice.fade, m_clock) <= StopRampFrames)
+        return;
     state.stopping = true;
     state.awaited = false;
     if (state.position == 0) {
@@ -138,7 +176,8 @@ bool Mixer::mixVoice(State &state, float *left, float *right, std::size_t frames
         grow(state);
     const Voice &voice = state.voice;
     const std::size_t rest = framesLeft(voice, state.position);
-    if (voice.startClock <= m_clock && state.ramp.length == 0 && rest >= frames) {
+    const bool isConstant = state.ramp.length == 0 && voice.fade.begin >= m_clock + frames;
+    if (voice.startClock <= m_clock && isConstant && rest >= frames) {
         addToBatch(state, left, right, frames);
         return state.position < voice.frames || state.growing != nullptr;
     }
@@ -147,7 +186,53 @@ bool Mixer::mixVoice(State &state, float *left, float *right, std::size_t frames
     if (goesOn && wait >= frames)
         return true;
     flushBatch(left, right, frames);
-    return goesOn && mixPiece(state, left + wait, right + wait, frames - wait);
+    return goesOn && mixDue(state, left + wait, right + wait, frames - wait, m_clock + wait);
+}
+
+/// Mixes the frames of a voice that is due at `clock`, cut where its fade changes its slope.
+bool Mixer::mixDue(State &state, float *left, float *right, std::size_t frames, std::uint64_t clock)
+{
+    for (std::size_t done = 0; done < frames;) {
+        const std::uint64_t straight = followFade(state, clock + done);
+        const auto count =
+            static_cast<std::size_t>(std::min<std::uint64_t>(frames - done, straight));
+        if (count == 0 || !mixPiece(state, left + done, right + done, count))
+            return false;
+        done += count;
+    }
+    return !isOver(state.voice.fade, clock + frames);
+}
+
+/// Answers for how many frames the fade needs no further look; 0 when it is over.
+std::uint64_t Mixer::followFade(State &state, std::uint64_t clock)
+{
+    const Fade &fade = state.voice.fade;
+    if (state.stopping)
+        return Fade::Never;
+    if (clock < fade.begin)
+        return fade.begin - clock;
+    const std::uint64_t elapsed = clock - fade.begin;
+    const std::uint64_t done = elapsed % FadeStep;
+    const std::uint64_t straight = std::min(FadeStep - done, framesLeft(fade, clock));
+    if (straight > 0 && (done == 0 || !state.fading))
+        aimFade(state, elapsed, static_cast<unsigned>(straight));
+    return straight;
+}
+
+/// From one point of the fade to the next.
+void Mixer::aimFade(State &state, std::uint64_t elapsed, unsigned frames)
+{
+    if (!state.fading)
+        beginFade(state, elapsed);
+    startRamp(state, faded(state.fadeFrom, state.voice.fade, elapsed + frames), frames);
+}
+
+void Mixer::beginFade(State &state, std::uint64_t elapsed)
+{
+    state.fading = true;
+    state.fadeFrom = state.voice.gain;
+    if (state.position == 0)
+        state.voice.gain = faded(state.fadeFrom, state.voice.fade, elapsed);
 }
 
 /// Mixes up to `frames` frames of a voice that is due, ramp first.

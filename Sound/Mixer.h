@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 /// Adds up voices on an integer clock of frames.
@@ -25,8 +26,18 @@ public:
     /// Frames over which a changed gain is reached: a block of the wave writer, so that a fade
     /// that is set once per block is one straight line.
     static constexpr unsigned GainRampFrames = 1024;
-    /// Frames in which a stopped voice falls silent (5 ms at 48 kHz).
+    /// Frames in which a stopped voice falls silent (5 ms at 48 kHz), and the least that any fade
+    /// takes.
     static constexpr unsigned StopRampFrames = 256;
+
+    /// A straight line to silence, at which the voice ends: known beforehand, it is the same
+    /// however often and however late anyone looks at the clock.
+    struct Fade {
+        static constexpr std::uint64_t Never = std::numeric_limits<std::uint64_t>::max();
+
+        std::uint64_t begin = Never; ///< clock
+        std::uint64_t frames = 0;
+    };
 
     struct Voice {
         const float *left = nullptr;
@@ -34,6 +45,7 @@ public:
         std::size_t frames = 0;
         std::uint64_t startClock = 0; ///< when it is in the past the voice starts at once
         Gain gain;
+        Fade fade = {};
     };
 
     /// Slots are the numbers below `slots`.
@@ -44,13 +56,18 @@ public:
     /// Likewise takes a voice whose samples are not there yet. It keeps its place in the order
     /// of the voices and stays silent until provide(), from where it sounds from its first frame,
     /// at its start or, when that is over, at once.
-    void await(Slot slot, std::uint64_t startClock, const Gain &gain);
+    void await(Slot slot, std::uint64_t startClock, const Gain &gain, const Fade &fade);
+    void await(Slot slot, std::uint64_t startClock, const Gain &gain)
+    {
+        await(slot, startClock, gain, Fade());
+    }
     /// The sample of an awaited voice, of which the first frames are there; ignored for any other.
     void provide(Slot slot, const AudioSample &sample);
     /// Goes to a new gain: at once while nothing of the voice was heard, else along a ramp.
-    /// Ignored for a voice that has ended or is stopping.
+    /// Ignored for a voice that has ended or is stopping, and from the beginning of its fade on.
     void setGain(Slot slot, const Gain &gain);
-    /// Fades the voice out quickly; it is then reported as ended.
+    /// Fades the voice out quickly, unless its fade is as quickly over; it is then reported as
+    /// ended.
     void stop(Slot slot);
 
     /// Writes the next frames (not adding to what is there) and moves the clock.
@@ -79,11 +96,17 @@ private:
         bool inUse = false;
         bool awaited = false;
         bool stopping = false;
+        bool fading = false;
+        Gain fadeFrom; // once fading
     };
 
     static void grow(State &state);
     bool mixVoice(State &state, float *left, float *right, std::size_t frames);
+    bool mixDue(State &state, float *left, float *right, std::size_t frames, std::uint64_t clock);
     bool mixPiece(State &state, float *left, float *right, std::size_t frames);
+    std::uint64_t followFade(State &state, std::uint64_t clock);
+    void aimFade(State &state, std::uint64_t elapsed, unsigned frames);
+    void beginFade(State &state, std::uint64_t elapsed);
     bool miss(State &state, std::size_t frames);
     std::size_t mixRamp(State &state, float *left, float *right, std::size_t frames);
     void addToBatch(State &state, float *left, float *right, std::size_t frames);

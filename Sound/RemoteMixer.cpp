@@ -9,13 +9,14 @@ RemoteMixer::RemoteMixer(std::size_t slots, std::size_t ringCommands)
     m_gainSlots.reserve(slots);
 }
 
-void RemoteMixer::await(Slot slot, std::uint64_t startClock, const Gain &gain)
+void RemoteMixer::await(Slot slot, std::uint64_t startClock, const Gain &gain, const Fade &fade)
 {
     Command command;
     command.kind = Command::Kind::Await;
     command.slot = slot;
     command.startClock = startClock;
     command.gain = gain;
+    command.fade = fade;
     dropGain(slot);
     send(command);
 }
@@ -123,7 +124,7 @@ void RemoteMixer::run(const Command &command) noexcept
 {
     switch (command.kind) {
     case Command::Kind::Await:
-        m_mixer.await(command.slot, command.startClock, command.gain);
+        m_mixer.await(command.slot, command.startClock, command.gain, command.fade);
         break;
     case Command::Kind::Provide:
         m_mixer.provide(command.slot, *command.sample);

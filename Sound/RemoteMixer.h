@@ -19,6 +19,7 @@ class RemoteMixer {
 public:
     using Slot = Mixer::Slot;
     using Gain = Mixer::Gain;
+    using Fade = Mixer::Fade;
 
     static constexpr std::size_t RingCommands = 8192;
 
@@ -27,7 +28,7 @@ public:
 
     // For the commanding thread: what Mixer does, from the next block on. A slot is free again
     // when takeEnded() has answered it.
-    void await(Slot slot, std::uint64_t startClock, const Gain &gain);
+    void await(Slot slot, std::uint64_t startClock, const Gain &gain, const Fade &fade = {});
     void provide(Slot slot, const AudioSample &sample);
     void setGain(Slot slot, const Gain &gain);
     void stop(Slot slot);
@@ -59,6 +60,7 @@ private:
         Slot slot = 0;
         Gain gain;
         std::uint64_t startClock = 0;
+        Fade fade;
         const AudioSample *sample = nullptr;
     };
 

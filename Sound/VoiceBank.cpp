@@ -9,12 +9,13 @@ VoiceBank::VoiceBank(std::size_t voices)
         m_free.push_back(static_cast<Slot>(i - 1));
 }
 
-std::optional<VoiceBank::Slot> VoiceBank::await(std::uint64_t startClock, const Gain &gain)
+std::optional<VoiceBank::Slot> VoiceBank::await(std::uint64_t startClock, const Gain &gain,
+                                                const Fade &fade)
 {
     if (m_free.empty())
         return std::nullopt;
     const Slot slot = m_free.back();
-    m_mixer.await(slot, startClock, gain);
+    m_mixer.await(slot, startClock, gain, fade);
     m_free.pop_back();
     return slot;
 }

@@ -16,12 +16,13 @@ class VoiceBank {
 public:
     using Slot = RemoteMixer::Slot;
     using Gain = RemoteMixer::Gain;
+    using Fade = RemoteMixer::Fade;
     using Sample = std::shared_ptr<const AudioSample>;
 
     explicit VoiceBank(std::size_t voices);
 
     /// A voice that is silent until provide(). Nothing when all slots are taken.
-    std::optional<Slot> await(std::uint64_t startClock, const Gain &gain);
+    std::optional<Slot> await(std::uint64_t startClock, const Gain &gain, const Fade &fade = {});
     /// What the voice of await() plays; once for each, and not after its stop().
     void provide(Slot slot, const Sample &sample);
     void setGain(Slot slot, const Gain &gain) { m_mixer.setGain(slot, gain); }

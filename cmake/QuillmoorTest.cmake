@@ -10,11 +10,11 @@ function(quillmoor_test folder class)
     set_target_properties(${target} PROPERTIES AUTOMOC ON)
     target_link_libraries(${target} PRIVATE ${arg_LIBS} Qt5::Test)
     add_test(NAME "${folder}.${class}" COMMAND ${target})
-    # Leaks in the libraries of windows and sound are suppressed by names that only the slow way of
-    # unwinding finds, which takes ten times as long where much is allocated.
-    set(unwinding "fast_unwind_on_malloc=0")
-    if(folder MATCHES "^(model|ABC|MIDI|Quillmoor)$")
-        set(unwinding "fast_unwind_on_malloc=1")
+    # What Qt leaks behind its windows is suppressed by names that only the slow way of unwinding
+    # finds, which takes ten times as long where much is allocated.
+    set(unwinding "fast_unwind_on_malloc=1")
+    if(folder MATCHES "^(ui|app|icons|flow)$")
+        set(unwinding "fast_unwind_on_malloc=0")
     endif()
     set_tests_properties("${folder}.${class}" PROPERTIES
         LABELS "${folder}"

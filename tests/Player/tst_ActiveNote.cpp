@@ -86,8 +86,10 @@ private slots:
     void fadesAlongAStraightLine_data();
     void fadesAlongAStraightLine();
     void stopsAndForgetsBehindTheFade();
+    void stopsBeforeItReportsTheEnd();
     void neverDividesByAFadeOf0();
     void visitsNotesInOrderAndKeepsIt();
+    void reportsAnEndBeforeTheStartThatFollows();
     void worksWithoutAnObserver();
     void leavesANoteWithoutAChannelAlone();
     void reportsResultsAndGoesOn();
@@ -164,6 +166,23 @@ void tst_ActiveNote::stopsAndForgetsBehindTheFade()
     QVERIFY(notes.empty());
 }
 
+void tst_ActiveNote::stopsBeforeItReportsTheEnd()
+{
+    class : public NoteObserver {
+    public:
+        void notePressed(const QString &, quint32) override { }
+        void noteReleased(const QString &, quint32) override { heard = fake->calls(); }
+
+        FakeFmod *fake = nullptr;
+        QStringList heard;
+    } observer;
+    Stage stage;
+    observer.fake = &stage.fake;
+    ActiveNotes notes{stage.note(0)};
+    fadeAndStop(notes, 2401, expectOk, &observer);
+    QCOMPARE(observer.heard, list("FMOD_Channel_Stop(channel1)"));
+}
+
 void tst_ActiveNote::neverDividesByAFadeOf0()
 {
     Stage stage;
@@ -186,6 +205,15 @@ void tst_ActiveNote::visitsNotesInOrderAndKeepsIt()
     QCOMPARE(notes.at(0).eventIndex, 0U);
     QCOMPARE(notes.at(1).eventIndex, 2U);
     QCOMPARE(stage.fake.calls(), list("FMOD_Channel_Stop(channel2)|FMOD_Channel_Stop(channel4)"));
+}
+
+void tst_ActiveNote::reportsAnEndBeforeTheStartThatFollows()
+{
+    Stage stage;
+    ActiveNotes notes{stage.note(0), stage.note(1, 3000)};
+    notes.at(0).pressed = true;
+    notes.at(1).startDsp = 2000;
+    QCOMPARE(heardAt(notes, 2000), list("-T1:0|+T1:1"));
 }
 
 void tst_ActiveNote::worksWithoutAnObserver()

@@ -80,6 +80,7 @@ private slots:
     void initializesOnlyOnce();
     void startsATrackAfter100Milliseconds();
     void countsTheStartInTheOutputsFrames();
+    void startsInTheTempoOfTheTrack();
     void namesTheGroupInTheLocalEncoding();
     void sharesTheStartOfASyncGroup();
     void startsOtherGroupsAtTheirOwnInstants();
@@ -103,6 +104,7 @@ private slots:
     void seeksIntoATempo();
     void seeksBackToTheFirstTempo();
     void seeksBehindTheOrigin();
+    void endsATrackThatSeeksItsEnd();
     void keepsWhatSoundsWhenItSeeks();
     void seeksAllTracksFromOneClock();
     void stopsATrackAndLetsItsNotesEnd();
@@ -126,6 +128,7 @@ private slots:
     void tellsWhyThereIsNoSound();
     void tellsAProblemWhenItChanges();
     void letsReceiversStopTracks();
+    void letsReceiversStopAStartedTrack();
     void letsReceiversRestartAnEndedTrack();
 };
 
@@ -196,6 +199,18 @@ void tst_PlayerWorker::countsTheStartInTheOutputsFrames()
     stage.passAt(1000);
     stage.passAt(5000);
     QCOMPARE(stage.starts(), lines({"5410", "7615"})); // 4410.9 and 2205.45 frames
+}
+
+void tst_PlayerWorker::startsInTheTempoOfTheTrack()
+{
+    PlayerStage stage;
+    Track slow = PlayerStage::track({quarter(60, 0), quarter(60, 3024)});
+    slow.setTicksPerMinute(1814400); // 60 beats
+    stage.worker->playTrack(T1, PlayerStage::harp(), slow, false, 1.0F, 0.0F);
+    stage.worker->playTrack(T2, text("Main"), PlayerStage::harp(), slow, false, 1.0F, 0.0F);
+    stage.passAt(0);
+    stage.passAt(4800);
+    QCOMPARE(stage.starts(), lines({"4800", "4800", "9600", "9600"}));
 }
 
 void tst_PlayerWorker::namesTheGroupInTheLocalEncoding()
@@ -436,7 +451,10 @@ void tst_PlayerWorker::takesChangesForLaterNotes()
     stage.worker->setPan(T1, 1.0F);
     stage.passAt(24000);
     stage.worker->muteTrack(T1, true);
-    stage.passAt(48000); // the first note fades from its own volume
+    stage.passAt(31800); // the first note fades from its own volume
+    QCOMPARE(stage.fake.calls(text("FMOD_Channel_SetVolume")).constLast(),
+             text("FMOD_Channel_SetVolume(channel1, 0.375)"));
+    stage.passAt(48000);
     stage.worker->muteTrack(T1, false);
     stage.passAt(72000);
     QCOMPARE(stage.fake.calls(text("FMOD_Channel_SetPan")),
@@ -523,6 +541,21 @@ void tst_PlayerWorker::seeksBehindTheOrigin()
     stage.worker->seek(T1, 0);
     stage.passAt(10000);
     QCOMPARE(stage.starts(), lines({"4800", "10000"}));
+}
+
+void tst_PlayerWorker::endsATrackThatSeeksItsEnd()
+{
+    for (const quint64 target : {60480U, 60481U}) {
+        PlayerStage stage;
+        stage.play(T1, {quarter(60, 0), quarter(62, 30240)});
+        stage.fake.setClock(1000);
+        stage.worker->seek(T1, target);
+        stage.passAt(1000); // passes over all
+        QCOMPARE(stage.signalLog, lines({"started T1"}));
+        stage.passAt(1000);
+        QCOMPARE(stage.signalLog, lines({"started T1", "stopped T1"}));
+        QCOMPARE(stage.starts(), QStringList());
+    }
 }
 
 void tst_PlayerWorker::keepsWhatSoundsWhenItSeeks()
@@ -870,6 +903,18 @@ void tst_PlayerWorker::letsReceiversStopTracks()
     stage.passAt(0);
     QCOMPARE(stage.positions.size(), 1);
     QCOMPARE(stage.signalLog.constLast(), text("finished"));
+}
+
+/// It is known before its start is told.
+void tst_PlayerWorker::letsReceiversStopAStartedTrack()
+{
+    PlayerStage stage;
+    QObject::connect(stage.worker, &PlayerWorker::trackStarted, stage.worker,
+                     [&](const QString &id) { stage.worker->stopTrack(id); });
+    stage.play(T1, {quarter(60, 0)});
+    stage.passAt(0);
+    QCOMPARE(stage.signalLog, lines({"started T1", "stopped T1"}));
+    QCOMPARE(stage.starts(), QStringList());
 }
 
 /// It is forgotten before its end is told.

@@ -113,6 +113,8 @@ private slots:
     void writesNothingWithoutTracks();
     void dropsATrackWhoseEventsAreScheduled();
     void reportsProgressPerTrackAndStep();
+    void reportsTheLengthOfTheLongestTrack();
+    void fadesInTheStepThatHandsOver();
     void rendersTheTracksInOrder();
     void passesTheFileNameInTheLocalEncoding();
     void measuresWhatItWrote();
@@ -219,6 +221,32 @@ void tst_RenderWorker::reportsProgressPerTrackAndStep()
     QCOMPARE(reports.join(QLatin1Char(' ')),
              QStringLiteral("6048/21280 6048/21280 7338/21280 7338/21280 "
                             "8628/21280 19837/21280 22417/21280"));
+}
+
+void tst_RenderWorker::reportsTheLengthOfTheLongestTrack()
+{
+    FakeFmod fake;
+    Rendering rendering;
+    rendering.add({note(60, 20000)});
+    rendering.add({note(60)});
+    rendering.render();
+    QVERIFY(!rendering.progress.isEmpty());
+    for (const QList<QVariant> &report : qAsConst(rendering.progress))
+        QCOMPARE(report.at(1).toULongLong(), 21280ULL);
+}
+
+/// A note without length ends in the step in which it starts.
+void tst_RenderWorker::fadesInTheStepThatHandsOver()
+{
+    FakeFmod fake;
+    Rendering rendering;
+    rendering.add({TrackEvent::makeNote(60, 0, 0)});
+    rendering.render();
+    const QStringList calls = fake.calls();
+    const int unpaused = calls.indexOf(QStringLiteral("FMOD_Channel_SetPaused(channel1, 0)"));
+    QVERIFY(unpaused > 0);
+    QCOMPARE(calls.at(unpaused + 1), QStringLiteral("FMOD_Channel_SetVolume(channel1, 0.5)"));
+    QCOMPARE(calls.at(unpaused + 2), QStringLiteral("FMOD_System_Update(system1)"));
 }
 
 void tst_RenderWorker::rendersTheTracksInOrder()

@@ -1,5 +1,6 @@
 #include "Sound/BuiltinSystem.h"
 #include "Sound/ChannelPool.h"
+#include "Sound/PlannedFade.h"
 #include "Sound/WaveOutput.h"
 #include "SoundFiles.h"
 
@@ -166,6 +167,8 @@ private slots:
     void volumeIsClamped();
     void volumeChangesDoNotClick();
     void stopDoesNotClick();
+    void plannedFadeIsExactToTheFrame();
+    void plannedFadeIsForgottenWithItsNote();
     void everyNoteOfManyIsInTheFile();
     void sameCallsGiveTheSameBytes();
     void numberOfThreadsDoesNotChangeTheBytes();
@@ -505,6 +508,43 @@ void tst_BuiltinSystem::volumeChangesDoNotClick()
     const std::vector<short> samples = finish(system).samples;
     for (std::size_t i = 2; i < 20 * Block; i += 2)
         QVERIFY(std::abs(samples[i] - samples[i - 2]) <= 33);
+}
+
+void tst_BuiltinSystem::plannedFadeIsExactToTheFrame()
+{
+    SystemPtr system = start();
+    FMOD::Sound *const sound =
+        load(*system, SoundFiles::encode16(48000, 2, std::vector<short>(20 * Block, 20000)));
+    FMOD::Channel *const channel = open(*system, sound);
+    PlannedFade::plan(*channel, 5, 5); // the last one counts
+    PlannedFade::plan(*channel, 1500, 4000);
+    QCOMPARE(channel->setPaused(false), FMOD_OK);
+    PlannedFade::plan(*channel, 1600, 300); // too late
+    for (int i = 0; i < 7; ++i) {
+        update(*system, 1);
+        QCOMPARE(channel->setVolume(i == 0 ? 1.0F : 0.1F), FMOD_OK);
+    }
+    QCOMPARE(channel->stop(), FMOD_OK);
+    const std::vector<short> samples = finish(system).samples;
+    for (std::size_t i = 0; i < 7 * Block; ++i) {
+        const double gain = i < 1500 ? 1 : std::max(0.0, (5499 - static_cast<double>(i)) / 4000);
+        QVERIFY(std::abs(samples[2 * i] - 20000 * gain) < 0.6);
+    }
+}
+
+void tst_BuiltinSystem::plannedFadeIsForgottenWithItsNote()
+{
+    SystemPtr system = start();
+    FMOD::Sound *const sound =
+        load(*system, SoundFiles::encode16(48000, 2, std::vector<short>(4 * Block, 20000)));
+    FMOD::Channel *const channel = open(*system, sound);
+    PlannedFade::plan(*channel, 100, 300);
+    QCOMPARE(channel->stop(), FMOD_OK);
+    FMOD::Channel *const again = open(*system, sound);
+    QVERIFY(again == channel);
+    QCOMPARE(again->setPaused(false), FMOD_OK);
+    update(*system, 1);
+    QVERIFY(finish(system).samples == std::vector<short>(2 * Block, 20000));
 }
 
 void tst_BuiltinSystem::stopDoesNotClick()

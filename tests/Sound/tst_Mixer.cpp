@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <new>
 
 namespace {
@@ -66,6 +67,14 @@ Mixer::Voice stereo(const Samples &left, const Samples &right, std::uint64_t sta
                     Mixer::Gain gain = {1, 1})
 {
     return {left.data(), right.data(), left.size(), start, gain};
+}
+
+Mixer::Voice fading(const Samples &samples, std::uint64_t begin, std::uint64_t frames,
+                    std::uint64_t start = 0)
+{
+    Mixer::Voice voice = mono(samples, start, {1, 0.5F});
+    voice.fade = {begin, frames};
+    return voice;
 }
 
 /// The largest bend of a curve: for a click it is about as large as the curve itself.
@@ -154,6 +163,18 @@ private slots:
     void gainGoesOnWhileFramesAreMissing();
     void stopEndsAVoiceThatIsAheadOfItsSample();
     void voiceStoppedBeforeTheStartDoesNotWaitForItsSample();
+    void fadeIsOneLineToTheEnd_data();
+    void fadeIsOneLineToTheEnd();
+    void fadeBeginsFromTheGainOfThen();
+    void fadeTakesNoGain();
+    void fadeOfALateVoiceIsOnItsWay();
+    void fadeThatIsOverEndsALateVoice();
+    void fadeGoesOnWhileFramesAreMissing();
+    void shortFadeDoesNotClick();
+    void endlessFadeChangesNothing();
+    void stopCutsALongFadeShort();
+    void stopLetsAFadeEnd();
+    void stopComesBeforeTheFade();
     void nothingIsAllocated();
 };
 
@@ -470,7 +491,7 @@ namespace {
 constexpr std::size_t SceneFrames = 12000;
 constexpr std::size_t SceneVoices = 40;
 
-/// Many voices that start, change and stop, at times that all block sizes share.
+/// Many voices that start, change, fade and stop, at times that all block sizes share.
 Mix scene(std::size_t block, const MixKernels::Table &kernels = MixKernels::best())
 {
     Mixer mixer(SceneVoices, kernels);
@@ -485,7 +506,10 @@ Mix scene(std::size_t block, const MixKernels::Table &kernels = MixKernels::best
         const Samples &left = samples[first];
         const Samples &right = samples[i % 3 == 0 ? first + 1 : first];
         const float gain = 0.01F * static_cast<float>(i + 1);
-        mixer.start(i, stereo(left, right, 77 * std::uint64_t{i}, {gain, 0.5F - gain}));
+        Mixer::Voice voice = stereo(left, right, 77 * std::uint64_t{i}, {gain, 0.5F - gain});
+        if (i % 4 == 1)
+            voice.fade = {177 * std::uint64_t{i}, 133 * std::uint64_t{i}};
+        mixer.start(i, voice);
     }
     Mix mix;
     for (std::size_t time = 0; time < SceneFrames; time += block) {
@@ -686,6 +710,199 @@ void tst_Mixer::clockGoesBeyond32Bits()
     QCOMPARE(mixer.voices(), std::size_t{1});
 }
 
+void tst_Mixer::fadeIsOneLineToTheEnd_data()
+{
+    QTest::addColumn<int>("block");
+    for (const int block : {1, 7, 512, 1024, 1500, 8000})
+        QTest::newRow(qPrintable(QString::number(block))) << block;
+}
+
+void tst_Mixer::fadeIsOneLineToTheEnd()
+{
+    QFETCH(int, block);
+    const auto frames = static_cast<std::size_t>(block);
+    const Samples samples(20000, 1.0F);
+    Mixer mixer(1);
+    mixer.start(0, fading(samples, 1500, 4000));
+    Mix mix;
+    while (mix.left.size() + frames < 5500)
+        append(mix, mixer, frames);
+    QVERIFY(mixer.ended().empty());
+    append(mix, mixer, frames);
+    QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{0});
+    append(mix, mixer, 1);
+
+    QVERIFY(slice(mix.left, 0, 1500) == Samples(1500, 1.0F));
+    for (std::size_t i = 0; i < 4000; ++i) {
+        const float gain = 1.0F - static_cast<float>(i + 1) / 4000;
+        QVERIFY(std::abs(mix.left[1500 + i] - gain) < 1e-6F);
+        QVERIFY(std::abs(mix.right[1500 + i] - gain / 2) < 1e-6F);
+    }
+    QVERIFY(slice(mix.left, 5500, mix.left.size() - 5500) == Samples(mix.left.size() - 5500, 0.0F));
+}
+
+void tst_Mixer::fadeBeginsFromTheGainOfThen()
+{
+    const Samples samples(20000, 1.0F);
+    Mixer mixer(1);
+    mixer.start(0, fading(samples, 3000, 2000));
+    Mix mix = mixed(mixer, 100);
+    mixer.setGain(0, {0.5F, 0.25F});
+    append(mix, mixer, 2600); // the ramp is over
+    QCOMPARE(mix.left.back(), 0.5F);
+    append(mix, mixer, 1300);
+    QVERIFY(std::abs(mix.left[3999] - 0.25F) < 1e-6F);
+
+    Mixer other(1);
+    other.start(0, fading(samples, 600, 4000));
+    mix = mixed(other, 100);
+    other.setGain(0, {0.0F, 1.0F}); // until 1124
+    append(mix, other, 5000);
+    QVERIFY(largestBend(mix.left) < 2.1F / 1024);
+    QVERIFY(largestBend(mix.right) < 2.1F / 1024);
+    QVERIFY(slice(mix.left, 1624, 100) == Samples(100, 0.0F));
+    QVERIFY(std::abs(mix.right[2599] - 0.5F) < 1e-6F);
+}
+
+void tst_Mixer::fadeTakesNoGain()
+{
+    const Samples samples(20000, 1.0F);
+    Mixer expected(1);
+    expected.start(0, fading(samples, 512, 4000));
+    const Mix wanted = mixed(expected, 5120);
+    Mixer mixer(1);
+    mixer.start(0, fading(samples, 512, 4000));
+    Mix mix = mixed(mixer, 512);
+    for (int i = 9; i > 0; --i) {
+        mixer.setGain(0, {0.1F * static_cast<float>(i), 1.0F});
+        append(mix, mixer, 512);
+    }
+    QVERIFY(mix == wanted);
+}
+
+void tst_Mixer::fadeOfALateVoiceIsOnItsWay()
+{
+    const CompleteSample sample{Samples(20000, 1.0F)};
+    Mixer mixer(1);
+    mixer.await(0, 100, {1, 0.5F}, {1000, 4000});
+    mixed(mixer, 2500);
+    mixer.setGain(0, {0.625F, 0.3125F}); // what is so already
+    mixer.provide(0, sample);
+    const Mix mix = mixed(mixer, 3000);
+    for (std::size_t i = 0; i < 2500; ++i)
+        QVERIFY(std::abs(mix.left[i] - static_cast<float>(2499 - i) / 4000) < 1e-6F);
+    QVERIFY(std::abs(mix.right[499] - 0.25F) < 1e-6F);
+    QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{0});
+}
+
+void tst_Mixer::fadeThatIsOverEndsALateVoice()
+{
+    const CompleteSample sample{Samples(20000, 1.0F)};
+    Mixer mixer(1);
+    mixer.await(0, 100, {1, 1}, {1000, 4000});
+    mixed(mixer, 5000);
+    QVERIFY(mixer.ended().empty()); // its sample is still to come
+    mixer.provide(0, sample);
+    QVERIFY(mixed(mixer, 10).left == Samples(10, 0.0F));
+    QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{0});
+}
+
+void tst_Mixer::fadeGoesOnWhileFramesAreMissing()
+{
+    const Samples ones(9000, 1.0F);
+    AudioSample sample;
+    sample.allocate(9000, false);
+    sample.append(ones.data(), nullptr, 600);
+    sample.publish();
+    Mixer mixer(1);
+    mixer.await(0, 0, {1, 1}, {500, 4000});
+    mixer.provide(0, sample);
+    Mix mix = mixed(mixer, 3000);
+    sample.append(ones.data(), nullptr, 8400);
+    sample.publish();
+    append(mix, mixer, 1400);
+    QVERIFY(std::abs(mix.left[599] - 0.975F) < 1e-6F);
+    QVERIFY(slice(mix.left, 600, 2400) == Samples(2400, 0.0F));
+    for (std::size_t i = 3000; i < 4400; ++i)
+        QVERIFY(std::abs(mix.left[i] - static_cast<float>(4499 - i) / 4000) < 1e-6F);
+    QVERIFY(mixer.ended().empty());
+    mixed(mixer, 100);
+    QCOMPARE(mixer.ended().size(), std::size_t{1});
+}
+
+void tst_Mixer::shortFadeDoesNotClick()
+{
+    const Samples samples(20000, 1.0F);
+    for (const unsigned frames : {0U, 1U, 255U}) {
+        Mixer mixer(1);
+        mixer.start(0, fading(samples, 1000, frames));
+        Mix mix = mixed(mixer, 1010);
+        mixer.stop(0);
+        append(mix, mixer, 500);
+        QVERIFY(largestBend(mix.left) <= 1.1F / 256);
+        QVERIFY(std::abs(mix.left[1127] - 0.5F) < 1e-6F);
+        QVERIFY(slice(mix.left, 1255, 255) == Samples(255, 0.0F));
+        QCOMPARE(mixer.ended().size(), std::size_t{1});
+    }
+}
+
+void tst_Mixer::endlessFadeChangesNothing()
+{
+    const Samples samples = stairs(9000);
+    Mixer mixer(1);
+    mixer.start(0, fading(samples, 100, std::numeric_limits<std::uint64_t>::max()));
+    QVERIFY(mixed(mixer, 9000).left == samples);
+}
+
+void tst_Mixer::stopCutsALongFadeShort()
+{
+    const Samples samples(20000, 1.0F);
+    Mixer mixer(1);
+    mixer.start(0, fading(samples, 1000, 8000));
+    Mix mix = mixed(mixer, 5000);
+    mixer.stop(0);
+    append(mix, mixer, 500);
+    QVERIFY(std::abs(mix.left[5127] - 0.25F) < 1e-6F);
+    QVERIFY(slice(mix.left, 5255, 245) == Samples(245, 0.0F));
+    QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{0});
+}
+
+void tst_Mixer::stopLetsAFadeEnd()
+{
+    const Samples samples(20000, 1.0F);
+    Mixer early(1);
+    early.start(0, fading(samples, 1000, 8292));
+    mixed(early, 9035); // 257 frames before its end
+    early.stop(0);
+    mixed(early, 256);
+    QCOMPARE(early.ended().size(), std::size_t{1});
+
+    Mixer expected(1);
+    expected.start(0, fading(samples, 1000, 8292)); // 100 frames of it beyond the eighth point
+    const Mix wanted = mixed(expected, 9300);
+    Mixer mixer(1);
+    mixer.start(0, fading(samples, 1000, 8292));
+    Mix mix = mixed(mixer, 9036); // 256 before its end
+    mixer.stop(0);
+    mixer.stop(0);
+    append(mix, mixer, 264);
+    QVERIFY(mix == wanted);
+    QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{0});
+}
+
+void tst_Mixer::stopComesBeforeTheFade()
+{
+    const Samples samples(20000, 1.0F);
+    Mixer mixer(1);
+    mixer.start(0, fading(samples, 1000, 8000));
+    Mix mix = mixed(mixer, 900);
+    mixer.stop(0);
+    append(mix, mixer, 500);
+    QVERIFY(std::abs(mix.left[1027] - 0.5F) < 1e-6F);
+    QVERIFY(slice(mix.left, 1155, 245) == Samples(245, 0.0F));
+    QVERIFY(mixer.ended() == std::vector<Mixer::Slot>{0});
+}
+
 void tst_Mixer::nothingIsAllocated()
 {
     constexpr unsigned Voices = 100;
@@ -695,7 +912,7 @@ void tst_Mixer::nothingIsAllocated()
     Samples right(1024);
     const std::size_t before = allocations;
     for (unsigned i = 0; i < Voices; ++i)
-        mixer.start(i, mono(samples, 20 * std::uint64_t{i}));
+        mixer.start(i, fading(samples, 30 * std::uint64_t{i}, 300, 20 * std::uint64_t{i}));
     for (unsigned block = 0; block < 10; ++block) {
         mixer.setGain(block, {0.5F, 0.5F});
         mixer.stop(90 + block);

@@ -6,11 +6,13 @@
 #include "WatchedSource.h"
 #include "support/MessageCapture.h"
 
+#include <QThread>
 #include <QtTest>
 
 #include <cmath>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -56,6 +58,12 @@ void nap()
     std::this_thread::sleep_for(milliseconds(5));
 }
 
+bool isOverloaded()
+{
+    double ofLastMinute = 0;
+    return getloadavg(&ofLastMinute, 1) == 1 && ofLastMinute > QThread::idealThreadCount();
+}
+
 float levelOf(quint64 click)
 {
     return 0.1F + 0.01F * static_cast<float>(click % Levels);
@@ -81,8 +89,9 @@ public:
     QString problem() const { return QString::fromStdString(LiveStatus::problem(*m_system)); }
     quint64 lateStarts() const { return LiveStatus::lateStarts(*m_system); }
     WatchedSource &watch() { return *m_watch; }
-    /// Whether the machine kept this thread waiting for longer than buffers last.
-    bool wasBusy() const { return m_longestDelay > milliseconds(25); }
+    /// Whether the machine kept this thread waiting for longer than buffers last, or has more to do
+    /// than its processors can, and so may have kept the server waiting.
+    bool wasBusy() const { return m_longestDelay > milliseconds(25) || isOverloaded(); }
 
 private:
     void playClick(quint64 click);

@@ -1,7 +1,5 @@
 #include "support/FakeFmod.h"
 
-#include <QRegularExpression>
-
 #include <cstdint>
 
 namespace {
@@ -15,11 +13,6 @@ void restore(const char *variable, const QByteArray &value)
         qunsetenv(variable);
     else
         qputenv(variable, value);
-}
-
-void takeLine(void *lines, const char *line)
-{
-    static_cast<QStringList *>(lines)->append(QString::fromLocal8Bit(line));
 }
 
 QString functionOf(const QString &call)
@@ -58,15 +51,36 @@ QString FakeFmod::incompletePath()
 
 QStringList FakeFmod::calls() const
 {
-    QStringList lines;
-    control<void(void (*)(void *, const char *), void *)>("fakefmodReadLog")(takeLine, &lines);
-    return lines;
+    return calls(QString());
 }
 
 QStringList FakeFmod::calls(const QString &function) const
 {
-    return calls().filter(QRegularExpression(QLatin1Char('^') + QRegularExpression::escape(function)
-                                             + QLatin1String("\\(")));
+    QStringList lines;
+    readLog(function, [&](const char *line) { lines.append(QString::fromLocal8Bit(line)); });
+    return lines;
+}
+
+int FakeFmod::callCount(const QString &function) const
+{
+    int count = 0;
+    readLog(function, [&](const char *) { ++count; });
+    return count;
+}
+
+/// The fake is locked meanwhile, and its log may be long: lines not asked for cost next to nothing.
+void FakeFmod::readLog(const QString &function, const TakeLine &take) const
+{
+    const QByteArray start = function.isEmpty() ? QByteArray() : function.toLatin1() + '(';
+    TakeLine takeMatch = [&](const char *line) {
+        if (qstrncmp(line, start.constData(), static_cast<uint>(start.size())) == 0)
+            take(line);
+    };
+    const auto call = [](void *matching, const char *line) {
+        (*static_cast<TakeLine *>(matching))(line);
+    };
+    using Call = void (*)(void *, const char *);
+    control<void(Call, void *)>("fakefmodReadLog")(call, &takeMatch);
 }
 
 QStringList FakeFmod::functions() const

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 /// Puts a fake of the installed sound library in force while the object lives, and reads what
 /// the program asked of it. One object at a time; it may be used from any thread while other
 /// threads call the library.
@@ -62,6 +64,8 @@ public:
     QStringList calls() const;
     /// The lines of one function, say "FMOD_System_Init".
     QStringList calls(const QString &function) const;
+    /// How many these are; cheap, for those who wait in a log that grows.
+    int callCount(const QString &function) const;
     /// The functions called, without arguments.
     QStringList functions() const;
     void clearCalls();
@@ -83,6 +87,9 @@ public:
     void endChannels();
 
 private:
+    using TakeLine = std::function<void(const char *)>;
+
+    void readLog(const QString &function, const TakeLine &take) const;
     template <typename Function> Function *control(const char *name) const;
 
     mutable QLibrary m_library;
