@@ -27,15 +27,18 @@ public:
     /// The window is painted while it takes this event, before the timer's.
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (event->type() == QEvent::Expose && static_cast<QWindow *>(watched)->isExposed())
+        const bool isSeen =
+            event->type() == QEvent::Expose && static_cast<QWindow *>(watched)->isExposed();
+        if (isSeen && m_action)
             m_timer.start(0);
         return false;
     }
 
 private:
+    /// The action may run an event loop, in which the window is seen again.
     void act()
     {
-        const std::function<void()> action = std::move(m_action);
+        const std::function<void()> action = std::exchange(m_action, nullptr);
         deleteLater();
         action();
     }

@@ -9,6 +9,7 @@
 #include "icons/Icons.h"
 #include "model/FileNameCodec.h"
 #include "model/Settings.h"
+#include "model/Signals.h"
 #include "model/Track.h"
 #include "ui/MainWindow.h"
 #include "ui/dialogs/MessageBoxes.h"
@@ -177,6 +178,19 @@ int openWindow(const CommandLine &line, const Application &application)
     return status;
 }
 
+/// Ended by a signal, too, the program removes what it has not finished writing and stores the
+/// settings. Nobody is asked anything then.
+int openWindowUntilSignal(const CommandLine &line, const Application &application)
+{
+    const SignalWatch watch;
+    QObject::connect(&watch, &SignalWatch::interrupted, &application,
+                     [] { QCoreApplication::exit(Failure); });
+    const int status = openWindow(line, application);
+    if (watch.received() != 0)
+        SignalWatch::dieBy(watch.received());
+    return status;
+}
+
 int runApplication(const CommandLine &line, const QString &program)
 {
     registerMetaTypes();
@@ -187,7 +201,7 @@ int runApplication(const CommandLine &line, const QString &program)
     loadIcons();
     int status = Failure;
     try {
-        status = openWindow(line, application);
+        status = openWindowUntilSignal(line, application);
     } catch (...) {
         application.fail();
     }
@@ -211,6 +225,7 @@ int carryOut(const CommandLine &line, const QString &program)
 
 int StartUp::run(int argc, char **argv)
 {
+    prepareStandardStreams();
     FileNameCodec::install();
     CommandLine line;
     try {

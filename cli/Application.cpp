@@ -3,8 +3,8 @@
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/Help.h"
-#include "cli/Signals.h"
 #include "model/FileNameCodec.h"
+#include "model/Signals.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>

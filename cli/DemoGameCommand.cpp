@@ -1,7 +1,7 @@
 #include "cli/Commands.h"
 #include "cli/Console.h"
-#include "cli/Signals.h"
 #include "demo/DemoGame.h"
+#include "model/Signals.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "cli/Files.h"
 
-#include "cli/Signals.h"
 #include "model/AtomicFile.h"
+#include "model/Signals.h"
 
 #include <QFile>
 #include <QFileInfo>

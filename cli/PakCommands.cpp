@@ -3,7 +3,7 @@
 #include "cli/Commands.h"
 #include "cli/Console.h"
 #include "cli/Files.h"
-#include "cli/Signals.h"
+#include "model/Signals.h"
 
 #include <QDir>
 #include <QDirIterator>

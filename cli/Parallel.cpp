@@ -1,6 +1,6 @@
 #include "cli/Parallel.h"
 
-#include "cli/Signals.h"
+#include "model/Signals.h"
 
 #include <algorithm>
 #include <condition_variable>

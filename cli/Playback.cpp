@@ -1,7 +1,7 @@
 #include "cli/Playback.h"
 
 #include "cli/Console.h"
-#include "cli/Signals.h"
+#include "model/Signals.h"
 
 #include <QMetaType>
 

@@ -3,7 +3,7 @@
 #include "cli/Console.h"
 #include "cli/Files.h"
 #include "cli/Parts.h"
-#include "cli/Signals.h"
+#include "model/Signals.h"
 
 #include <QEventLoop>
 #include <QFileInfo>

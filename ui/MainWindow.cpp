@@ -28,7 +28,7 @@ MainWindow::MainWindow(const QDir &game, QWidget *parent)
     setUpForm();
     setUpInstruments(game);
     setAcceptDrops(true);
-    connectTimers();
+    connectTimer();
     connectServices();
     updateActions();
     m_updateChecker->checkForUpdates();
@@ -75,12 +75,10 @@ void MainWindow::setUpInstruments(const QDir &game)
         m_ui->instrumentList->setCurrentIndex(index);
 }
 
-void MainWindow::connectTimers()
+void MainWindow::connectTimer()
 {
-    for (QTimer *const timer : {&m_openTimer, &m_scrollTimer})
-        timer->setSingleShot(true);
+    m_openTimer.setSingleShot(true);
     connect(&m_openTimer, &QTimer::timeout, this, &MainWindow::openDropped);
-    connect(&m_scrollTimer, &QTimer::timeout, this, &MainWindow::scrollToBottom);
 }
 
 void MainWindow::connectServices()
@@ -119,9 +117,12 @@ void MainWindow::updateHint()
     m_hint->setVisible(m_tracks.isEmpty());
 }
 
-/// New rows are at the bottom.
+/// New rows are at the bottom. By itself the area would know of them only after some rounds of the
+/// event loop.
 void MainWindow::scrollToBottom()
 {
+    QEvent request(QEvent::LayoutRequest);
+    QCoreApplication::sendEvent(m_ui->scrTrackArea, &request);
     QScrollBar *const bar = m_ui->scrTrackArea->verticalScrollBar();
     bar->setValue(bar->maximum());
 }

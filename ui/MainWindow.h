@@ -107,11 +107,12 @@ private:
 
     void setUpForm();
     void setUpInstruments(const QDir &game);
-    void connectTimers();
+    void connectTimer();
     void connectServices();
     int defaultInstrument() const;
 
     QList<TrackWidget *> rows(Scope scope) const;
+    QList<Track> selectedTracks() const;
     TrackWidget *senderRow() const;
     void addTrack(const Track &track);
     void addTracks(const QList<Track> &tracks);
@@ -158,7 +159,6 @@ private:
     QList<QUrl> m_dropped;                  // not opened yet
     int m_loopsAtDrop = 0;                  // 1 for the program's own event loop, 0 before it
     QTimer m_openTimer;                     // when the drop is over
-    QTimer m_scrollTimer;                   // when the layout has placed new rows
     EmptyHint *m_hint = nullptr;            // a child
     ProblemLabel *m_soundProblem = nullptr; // a child
 };

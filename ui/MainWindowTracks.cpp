@@ -43,6 +43,14 @@ QList<TrackWidget *> MainWindow::rows(Scope scope) const
     return rows;
 }
 
+QList<Track> MainWindow::selectedTracks() const
+{
+    QList<Track> tracks;
+    for (TrackWidget *const row : rows(Scope::Selected))
+        tracks.append(row->track());
+    return tracks;
+}
+
 TrackWidget *MainWindow::senderRow() const
 {
     return qobject_cast<TrackWidget *>(sender());
@@ -128,20 +136,18 @@ void MainWindow::onNewTrack()
 {
     addTrack(Track());
     updateTrackLengths();
-    m_scrollTimer.start();
+    scrollToBottom();
 }
 
 void MainWindow::onMergeTracks()
 {
-    QList<Track> tracks;
-    for (TrackWidget *const row : rows(Scope::Selected))
-        tracks.append(row->track());
+    const QList<Track> tracks = selectedTracks();
     if (tracks.isEmpty())
         return;
     try {
         addTrack(mergeTracks(tracks));
         updateTrackLengths();
-        m_scrollTimer.start();
+        scrollToBottom();
     } catch (const QString &message) {
         MessageBoxes::critical(this, tr("Merge Tracks"),
                                tr("Could not merge tracks: %1").arg(message));
@@ -150,12 +156,9 @@ void MainWindow::onMergeTracks()
 
 void MainWindow::onDuplicateTracks()
 {
-    QList<Track> tracks;
-    for (TrackWidget *const row : rows(Scope::Selected))
-        tracks.append(row->track());
-    addTracks(tracks);
+    addTracks(selectedTracks());
     updateTrackLengths();
-    m_scrollTimer.start();
+    scrollToBottom();
 }
 
 /// The time axis stays as it is, so that the rows which are left do not jump.

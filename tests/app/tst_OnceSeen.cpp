@@ -23,6 +23,7 @@ class tst_OnceSeen : public QObject {
 private slots:
     void theWindowIsPaintedFirst();
     void itComesOnce();
+    void itComesOnceThoughItLastsAndTheWindowIsSeenAgain();
     void anUnseenWindowIsNotWaitedForForEver();
     void nothingComesWithoutTheWindow();
 };
@@ -51,6 +52,26 @@ void tst_OnceSeen::itComesOnce()
     window.resize(300, 300);
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QCoreApplication::processEvents();
+    QCOMPARE(calls, 1);
+}
+
+/// As with a message box over the window, whose closing uncovers it.
+void tst_OnceSeen::itComesOnceThoughItLastsAndTheWindowIsSeenAgain()
+{
+    int calls = 0;
+    int exposures = 0;
+    QWidget window;
+    window.show();
+    onceSeen(window, [&] {
+        ++calls;
+        window.hide();
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        ++exposures;
+        QTest::qWait(20);
+    });
+    QTRY_COMPARE(exposures, 1);
+    QTest::qWait(20);
     QCOMPARE(calls, 1);
 }
 

@@ -5,7 +5,10 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <csignal>
 #include <memory>
+
+#include <unistd.h>
 
 /// The built program as a user meets it, with a home directory of its own for each test.
 class tst_StartUp : public QObject {
@@ -46,6 +49,11 @@ private slots:
     void aFailureEndsOpenDialogs();
     void aFailureWhileAskingEndsTheProgram();
     void instrumentsThatCannotBeReadEndTheProgram();
+
+    void aSignalRemovesAnUnfinishedExport();
+    void aSignalEndsOpenDialogs_data();
+    void aSignalEndsOpenDialogs();
+    void nobodyNeedsToReadTheMessages();
 
 private:
     /// What comes of the program after these steps of the robot.
@@ -433,6 +441,68 @@ void tst_StartUp::instrumentsThatCannotBeReadEndTheProgram()
     QVERIFY2(run.output.startsWith("critical [Quillmoor Composer] A fatal error occured:\n"),
              run.output.constData());
     QVERIFY2(run.output.contains("tuning"), run.output.constData());
+}
+
+void tst_StartUp::aSignalRemovesAnUnfinishedExport()
+{
+    makeUsualGame();
+    QVERIFY(QDir(m_home->path()).mkpath(QStringLiteral("waves")));
+    // Hours of silence: nobody waits for its end.
+    makeFile(path("long.abc"),
+             "X:1\nL:4/1\nQ:1/4=1\nK:C\n" + QByteArray("z ").repeated(30) + "C\n");
+    ProcessRun run(QStringLiteral(QUILLMOOR_COMPOSER), args({"long.abc"}));
+    prepare(run,
+            {QStringLiteral("window 1"), QStringLiteral("trigger actionExport_to_Wav"),
+             QStringLiteral("choose ") + path("waves/a.wav")});
+    QProcess &process = run.start();
+    QTRY_COMPARE_WITH_TIMEOUT(listing(path("waves")).size(), 1, 30000);
+    process.terminate();
+    QCOMPARE(run.finish().status, 128 + SIGTERM);
+    QCOMPARE(listing(path("waves")), QStringList());
+    QCOMPARE(stored().value(QStringLiteral("dirs/wav/save")).toString(), path("waves"));
+}
+
+void tst_StartUp::aSignalEndsOpenDialogs_data()
+{
+    QTest::addColumn<int>("number");
+    QTest::addColumn<bool>("hasGame");
+    QTest::newRow("Ctrl-C") << SIGINT << true;
+    QTest::newRow("the terminal is gone") << SIGHUP << true;
+    QTest::newRow("while asking for the game") << SIGTERM << false;
+}
+
+/// The robot goes on after the dialog, so it has seen that.
+void tst_StartUp::aSignalEndsOpenDialogs()
+{
+    QFETCH(int, number);
+    QFETCH(bool, hasGame);
+    if (hasGame)
+        makeUsualGame();
+    ProcessRun run(QStringLiteral(QUILLMOOR_COMPOSER), {});
+    prepare(run,
+            hasGame ? args({"window 0", "trigger actionOpen", "dialog", "print open"})
+                    : args({"box OK", "dialog", "print open"}));
+    QProcess &process = run.start();
+    QTRY_VERIFY_WITH_TIMEOUT(process.peek(1 << 16).endsWith("open\n"), 30000);
+    ::kill(static_cast<pid_t>(process.processId()), number);
+    QCOMPARE(run.finish().status, 128 + number);
+}
+
+/// As behind a pipe whose reader has gone: the program says that there is no sound device.
+void tst_StartUp::nobodyNeedsToReadTheMessages()
+{
+    makeUsualGame();
+    ProcessRun run(QStringLiteral(QUILLMOOR_COMPOSER), {});
+    prepare(run, args({"window 0", "close"}));
+    run.inChild([] {
+        int ends[2];
+        if (::pipe(ends) == 0) {
+            ::dup2(ends[1], STDERR_FILENO);
+            ::close(ends[0]);
+            ::close(ends[1]);
+        }
+    });
+    COMPARE_OUTCOME(outcome(run), 0, EmptyWindow, "");
 }
 
 PROGRAM_TEST_MAIN(tst_StartUp)

@@ -57,6 +57,7 @@ private slots:
     void aDropAsksWhetherToKeepTracks();
     void aDropWaitsForTheDialogInFront();
     void aDropWaitsForTheMenuOfARow();
+    void aDropOfOtherThingsAsksNothing();
     void aDropIsACopy();
     void aDroppedNameMayBeAnyBytes();
 
@@ -438,6 +439,19 @@ void tst_MainWindowOpening::aDropWaitsForTheMenuOfARow()
     QVERIFY(seen().isEmpty());
     QTRY_VERIFY(m_stage->answers().isDone());
     QTRY_COMPARE(titles(), text("New"));
+}
+
+void tst_MainWindowOpening::aDropOfOtherThingsAsksNothing()
+{
+    m_stage->paste(abc("There", "K:C\nC"));
+    QMimeData data;
+    data.setText(text("X:1\nK:C\nC\n"));
+    QDropEvent event(QPointF(20, 20), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    event.ignore();
+    m_stage->drop(event);
+    QVERIFY(!event.isAccepted());
+    QVERIFY(seen().isEmpty());
+    QCOMPARE(titles(), text("There"));
 }
 
 /// Whoever offers the files to be moved must not be told that they were.

@@ -22,6 +22,7 @@ private slots:
     void rowsAndTheirEditorsPlayAndStop();
     void rowsShowThatTheyPlay();
     void rowsShowThePosition();
+    void aStartShowsTheBeginning();
     void unknownIdsAreIgnored();
 
     void mutedRowsPlayMuted();
@@ -31,6 +32,7 @@ private slots:
     void volumeAndPanAreForwarded();
     void theInstrumentIsForwarded();
     void seekingGoesToAll();
+    void aRowThatHasEndedSeeksTheOthers();
     void aChangedTrackStartsAnew();
     void aChangedTrackThatDoesNotPlayStaysSilent();
 
@@ -186,6 +188,16 @@ void tst_MainWindowPlayback::rowsShowThePosition()
     QTRY_COMPARE(markerPlace("T1"), 0);
 }
 
+void tst_MainWindowPlayback::aStartShowsTheBeginning()
+{
+    m_stage->pasteTunes(1);
+    m_stage->window().onTrackPositionChanged(text("T1"), 60480);
+    QVERIFY(markerPlace("T1") > 0);
+    m_stage->window().onTrackStarted(text("T1"));
+    QCOMPARE(markerPlace("T1"), 0);
+    QVERIFY(isShownPlaying("T1"));
+}
+
 void tst_MainWindowPlayback::unknownIdsAreIgnored()
 {
     m_stage->pasteTunes(1);
@@ -279,6 +291,18 @@ void tst_MainWindowPlayback::seekingGoesToAll()
     QTRY_COMPARE(calls("FMOD_System_PlaySound").size(), 2);
     emit m_stage->row("T1")->trackSeek(3 * 120960);
     QTRY_COMPARE(calls("FMOD_System_PlaySound").size(), 4);
+}
+
+void tst_MainWindowPlayback::aRowThatHasEndedSeeksTheOthers()
+{
+    m_stage->paste(abc("Short", "K:C\nC"));
+    m_stage->paste(abc("Long", "K:C\nC8 D8"));
+    play();
+    advance(1000);
+    QTRY_VERIFY(!isShownPlaying("T1"));
+    QCOMPARE(calls("FMOD_System_PlaySound").size(), 2);
+    emit m_stage->row("T1")->trackSeek(241920);
+    QTRY_COMPARE(calls("FMOD_System_PlaySound").size(), 3);
 }
 
 void tst_MainWindowPlayback::aChangedTrackStartsAnew()

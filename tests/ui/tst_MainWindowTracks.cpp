@@ -4,6 +4,8 @@
 
 #include <QAbstractButton>
 #include <QComboBox>
+#include <QEventLoop>
+#include <QTimer>
 
 /// The rows of the main window: ids, instruments, merging, removing, moving, selecting, muting.
 class tst_MainWindowTracks : public QObject {
@@ -54,6 +56,10 @@ private slots:
     void soloOnASingleRow();
 
     void allRowsShareOneTimeAxis();
+    void openedRowsShareTheTimeAxis_data();
+    void openedRowsShareTheTimeAxis();
+    void rowsMadeOfOthersShareTheTimeAxis_data();
+    void rowsMadeOfOthersShareTheTimeAxis();
     void removingSelectedRowsKeepsTheTimeAxis();
     void aCancelledOpeningKeepsTheTimeAxis();
 
@@ -64,6 +70,9 @@ private slots:
 private:
     QString ids() const { return m_stage->ids().join(QLatin1Char(' ')); }
     QString titles() const { return m_stage->titles().join(QLatin1Char(' ')); }
+    /// As the user does: in a running event loop, which comes to what is posted in another order
+    /// than a loop that is started later.
+    void triggerFromLoop(const char *action) const;
     /// Where a note of a quarter at the start ends in the strip, in parts of its width.
     quint64 timeAxis(const char *id) const;
 
@@ -97,6 +106,16 @@ quint64 tst_MainWindowTracks::timeAxis(const char *id) const
     QTest::mouseClick(strip, Qt::LeftButton, Qt::NoModifier, QPoint(width / 2, 5));
     disconnect(connection);
     return ticks * 2;
+}
+
+void tst_MainWindowTracks::triggerFromLoop(const char *action) const
+{
+    QEventLoop loop;
+    QTimer::singleShot(0, &loop, [&] {
+        m_stage->trigger(action);
+        QTimer::singleShot(20, &loop, &QEventLoop::quit);
+    });
+    loop.exec();
 }
 
 void tst_MainWindowTracks::rowsAreNumbered()
@@ -141,12 +160,12 @@ void tst_MainWindowTracks::rowsMadeOfOthersScrollIntoView()
     };
     m_stage->pasteTunes(12);
     QTRY_VERIFY(isSeen("T1") && !isSeen("T12"));
-    m_stage->trigger("actionNew_Track");
+    triggerFromLoop("actionNew_Track");
     QTRY_VERIFY(isSeen("T13"));
     m_stage->select({text("T1"), text("T2")});
-    m_stage->trigger("actionMerge_Selected");
+    triggerFromLoop("actionMerge_Selected");
     QTRY_VERIFY(isSeen("T14"));
-    m_stage->trigger("actionDuplicate_Selected");
+    triggerFromLoop("actionDuplicate_Selected");
     QTRY_VERIFY(isSeen("T16"));
 }
 
@@ -317,6 +336,7 @@ void tst_MainWindowTracks::duplicatesAreNewRows()
     QCOMPARE(m_stage->titles().mid(10).join(QLatin1Char(' ')), text("10 2"));
     QCOMPARE(m_stage->row("T12")->track(), m_stage->row("T2")->track());
     QCOMPARE(m_stage->selected(), text("T2 T10"));
+    QVERIFY(m_stage->window().updatesEnabled());
 }
 
 void tst_MainWindowTracks::duplicatesHaveTheirOwnSettings()
@@ -345,6 +365,8 @@ void tst_MainWindowTracks::selectedRowsAreRemoved()
     QVERIFY(!m_stage->control<QAbstractButton>("T2", "btnUp")->isEnabled());
     m_stage->trigger("actionSelect_All");
     QCOMPARE(m_stage->selected(), text("T2 T4"));
+    m_stage->trigger("actionRemove_Selected");
+    QVERIFY(m_stage->window().findChild<QWidget *>(text("lblHint"))->isVisible());
 }
 
 void tst_MainWindowTracks::aRowIsRemovedByItsButton()
@@ -485,6 +507,46 @@ void tst_MainWindowTracks::allRowsShareOneTimeAxis()
     m_stage->answers().press("No");
     m_stage->drop({m_stage->tune("Longest")});
     QCOMPARE(timeAxis("T1"), quint64{120960});
+}
+
+void tst_MainWindowTracks::openedRowsShareTheTimeAxis_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<bool>("isMidi");
+    QTest::newRow("ABC") << text("actionOpen") << false;
+    QTest::newRow("MIDI") << text("actionImport_MIDI") << true;
+}
+
+void tst_MainWindowTracks::openedRowsShareTheTimeAxis()
+{
+    QFETCH(QString, action);
+    QFETCH(bool, isMidi);
+    m_stage->paste(abc("Short", "K:C\nC/2"));
+    m_stage->answers().choose(isMidi ? m_stage->midi("a.mid") : m_stage->tune("Long"));
+    if (isMidi)
+        m_stage->answers().press("No");
+    m_stage->trigger(qPrintable(action));
+    const quint64 longest = m_stage->row("T2")->track().length();
+    QVERIFY(longest > 15120);
+    QCOMPARE(timeAxis("T1"), longest);
+    QCOMPARE(timeAxis("T2"), longest);
+}
+
+void tst_MainWindowTracks::rowsMadeOfOthersShareTheTimeAxis_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::newRow("merged") << text("actionMerge_Selected");
+    QTest::newRow("duplicated") << text("actionDuplicate_Selected");
+}
+
+void tst_MainWindowTracks::rowsMadeOfOthersShareTheTimeAxis()
+{
+    QFETCH(QString, action);
+    m_stage->paste(abc("Short", "K:C\nC"));
+    m_stage->paste(abc("Long", "K:C\nCC"));
+    m_stage->trigger("actionSelect_All");
+    m_stage->trigger(qPrintable(action));
+    QCOMPARE(timeAxis("T3"), quint64{60480});
 }
 
 void tst_MainWindowTracks::removingSelectedRowsKeepsTheTimeAxis()

@@ -24,7 +24,7 @@ bool mayBeWritten(const QString &path, QWidget *parent, const QString &title)
 {
     const QFileInfo file(path);
     return !file.exists()
-        || MessageBoxes::warningQuestion(
+        || MessageBoxes::lossQuestion(
             parent, title,
             QFileDialog::tr("%1 already exists.\nDo you want to replace it?").arg(file.fileName()));
 }

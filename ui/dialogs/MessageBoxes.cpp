@@ -37,17 +37,21 @@ QString shortened(const QString &text, const QFontMetrics &metrics)
 }
 
 int show(QMessageBox::Icon icon, QWidget *parent, const QString &title, const QString &text,
-         QMessageBox::StandardButtons buttons)
+         QMessageBox::StandardButtons buttons,
+         QMessageBox::StandardButton onEnter = QMessageBox::NoButton)
 {
     QMessageBox box(icon, title, QString(), buttons, parent);
+    box.setDefaultButton(onEnter);
     box.setTextFormat(Qt::PlainText);
     box.setText(shortened(text, box.fontMetrics()));
     return box.exec();
 }
 
-bool ask(QMessageBox::Icon icon, QWidget *parent, const QString &title, const QString &text)
+bool ask(QMessageBox::Icon icon, QWidget *parent, const QString &title, const QString &text,
+         QMessageBox::StandardButton onEnter = QMessageBox::Yes)
 {
-    return show(icon, parent, title, text, QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
+    return show(icon, parent, title, text, QMessageBox::Yes | QMessageBox::No, onEnter)
+        == QMessageBox::Yes;
 }
 
 } // namespace
@@ -75,6 +79,11 @@ bool MessageBoxes::question(QWidget *parent, const QString &title, const QString
 bool MessageBoxes::warningQuestion(QWidget *parent, const QString &title, const QString &text)
 {
     return ask(QMessageBox::Warning, parent, title, text);
+}
+
+bool MessageBoxes::lossQuestion(QWidget *parent, const QString &title, const QString &text)
+{
+    return ask(QMessageBox::Warning, parent, title, text, QMessageBox::No);
 }
 
 MessageBoxes::Answer MessageBoxes::questionOrCancel(QWidget *parent, const QString &title,

@@ -13,10 +13,12 @@ void information(QWidget *parent, const QString &title, const QString &text);
 void warning(QWidget *parent, const QString &title, const QString &text);
 void critical(QWidget *parent, const QString &title, const QString &text);
 
-/// With the buttons Yes and No; true for Yes. Escape is No.
+/// With the buttons Yes and No; true for Yes. Enter is Yes, Escape is No.
 bool question(QWidget *parent, const QString &title, const QString &text);
 /// The same with the picture of a warning.
 bool warningQuestion(QWidget *parent, const QString &title, const QString &text);
+/// A warning before something is lost by Yes: Enter is No, too.
+bool lossQuestion(QWidget *parent, const QString &title, const QString &text);
 
 enum class Answer { Yes, No, Cancel };
 /// With the buttons Yes, No and Cancel. Escape is Cancel.

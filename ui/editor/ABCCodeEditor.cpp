@@ -1,6 +1,7 @@
 #include "ui/editor/ABCCodeEditor.h"
 
 #include "ui/editor/EditorLineNumberArea.h"
+#include "ui/editor/LineEnds.h"
 
 #include <QMimeData>
 #include <QPaintEvent>
@@ -45,6 +46,7 @@ ABCCodeEditor::ABCCodeEditor(QWidget *parent)
     : QPlainTextEdit(parent)
     , m_lineNumberArea(new EditorLineNumberArea(this))
 {
+    setLayoutDirection(Qt::LeftToRight); // ABC is written so everywhere
     connect(this, &QPlainTextEdit::blockCountChanged, this, &ABCCodeEditor::onBlockCountChanged);
     connect(this, &QPlainTextEdit::updateRequest, this, &ABCCodeEditor::onUpdateRequest);
     connect(this, &QPlainTextEdit::cursorPositionChanged, this,
@@ -69,7 +71,8 @@ void ABCCodeEditor::paintLineNumbers(const QPaintEvent &event)
     qreal top = blockBoundingGeometry(block).translated(contentOffset()).top();
     for (; block.isValid() && top <= event.rect().bottom(); block = block.next()) {
         if (block.isVisible())
-            painter.drawText(0, qRound(top), m_lineNumberArea->width(), height, Qt::AlignRight,
+            painter.drawText(0, qRound(top), m_lineNumberArea->width(), height,
+                             Qt::AlignRight | Qt::AlignAbsolute,
                              QString::number(block.blockNumber() + 1));
         top += blockBoundingRect(block).height();
     }
@@ -87,7 +90,7 @@ void ABCCodeEditor::changeEvent(QEvent *event)
 void ABCCodeEditor::insertFromMimeData(const QMimeData *source)
 {
     QMimeData lines;
-    lines.setText(source->text().replace(QChar::LineSeparator, QLatin1Char('\n')));
+    lines.setText(withSimpleLineEnds(source->text()));
     QPlainTextEdit::insertFromMimeData(&lines);
 }
 

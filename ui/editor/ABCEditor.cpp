@@ -12,6 +12,7 @@
 #include "ui/dialogs/TransposeDialog.h"
 #include "ui/dialogs/UnitLengthDialog.h"
 #include "ui/editor/FindReplaceDialog.h"
+#include "ui/editor/LineEnds.h"
 #include "ui/editor/PositionText.h"
 #include "ui/editor/ui_ABCEditor.h"
 #include "ui/pianoroll/PianoRollKeyboard.h"
@@ -21,7 +22,9 @@
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QLabel>
+#include <QScreen>
 #include <QScrollBar>
+#include <QStyle>
 #include <QTextBlock>
 
 namespace {
@@ -76,6 +79,7 @@ ABCEditor::ABCEditor(Track *track, QWidget *parent)
 {
     m_ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
+    fitOnScreen();
     setUpStatusBar();
     setUpText();
     updateTitle();
@@ -87,6 +91,13 @@ ABCEditor::ABCEditor(Track *track, QWidget *parent)
 ABCEditor::~ABCEditor()
 {
     m_ui->dockPianoRoll->disconnect(this);
+}
+
+// Nothing that the frame takes is known before the window is shown, but its title is about as high.
+void ABCEditor::fitOnScreen()
+{
+    const QSize title(0, style()->pixelMetric(QStyle::PM_TitleBarHeight));
+    resize(size().boundedTo(screen()->availableSize() - title));
 }
 
 void ABCEditor::setUpText()
@@ -379,7 +390,7 @@ void ABCEditor::showText(const QString &text)
     const int line = m_ui->txtABC->textCursor().blockNumber();
     const int scrolled = m_ui->txtABC->verticalScrollBar()->value();
     m_ui->txtABC->selectAll();
-    m_ui->txtABC->insertPlainText(text);
+    m_ui->txtABC->insertPlainText(withSimpleLineEnds(text));
     m_ui->txtABC->setTextCursor(startOfLine(*m_ui->txtABC->document(), line));
     m_ui->txtABC->verticalScrollBar()->setValue(scrolled);
 }

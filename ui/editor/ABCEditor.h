@@ -72,6 +72,7 @@ protected:
 private:
     using Change = std::function<std::optional<Track>()>;
 
+    void fitOnScreen();
     void setUpText();
     void setUpStatusBar();
     void setUpPianoRoll();

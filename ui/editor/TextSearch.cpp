@@ -1,5 +1,7 @@
 #include "ui/editor/TextSearch.h"
 
+#include "ui/editor/LineEnds.h"
+
 #include <QTextBlock>
 #include <QVector>
 
@@ -7,12 +9,6 @@
 #include <utility>
 
 namespace {
-
-// In the document, a line end of two characters becomes one.
-QString withSimpleLineEnds(QString text)
-{
-    return text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-}
 
 bool isWordCharacter(const QString &text, int position)
 {

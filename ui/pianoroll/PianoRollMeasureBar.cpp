@@ -55,6 +55,7 @@ void PianoRollMeasureBar::drawNumber(QPainter *painter, qint64 measure) const
     painter->resetTransform();
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setPen(QColor(128, 128, 128));
-    painter->drawText(pixels, Qt::AlignLeft | Qt::AlignVCenter, QString::number(measure + 1));
+    painter->drawText(pixels, Qt::AlignLeft | Qt::AlignAbsolute | Qt::AlignVCenter,
+                      QString::number(measure + 1));
     painter->restore();
 }

@@ -39,7 +39,7 @@ void StripPainter::drawMeasureLines(quint32 measureLength)
 void StripPainter::drawMeasureLinesFrom(quint64 number, quint32 measureLength)
 {
     const double end = qMin(m_part.right() + Margin, m_scale.width() - 1.0);
-    const quint64 last = measureLength == 0 ? 0 : m_scale.maxLength() / measureLength;
+    const quint64 last = lastLine(measureLength);
     for (;;) {
         const double x = m_scale.x(number * measureLength);
         if (x > end)
@@ -51,9 +51,15 @@ void StripPainter::drawMeasureLinesFrom(quint64 number, quint32 measureLength)
     }
 }
 
+/// The number of the last line, the first one having the number 0.
+quint64 StripPainter::lastLine(quint32 measureLength) const
+{
+    return measureLength == 0 ? 0 : m_scale.maxLength() / measureLength;
+}
+
 quint64 StripPainter::lineAtOrBehind(double x, quint32 measureLength) const
 {
-    const quint64 last = measureLength == 0 ? 0 : m_scale.maxLength() / measureLength;
+    const quint64 last = lastLine(measureLength);
     if (x <= 0 || last == 0)
         return 0;
     const double number = std::ceil(x / (measureLength * m_scale.pixelsPerTick()));

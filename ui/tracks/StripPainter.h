@@ -24,6 +24,7 @@ public:
 
 private:
     void drawMeasureLinesFrom(quint64 number, quint32 measureLength);
+    quint64 lastLine(quint32 measureLength) const;
     quint64 lineAtOrBehind(double x, quint32 measureLength) const;
     double nextHalfPixel(double x) const;
 

@@ -70,11 +70,12 @@ void TrackVisualizationWidget::onSettingChanged(Settings::Setting)
 void TrackVisualizationWidget::paintEvent(QPaintEvent *event)
 {
     // Smooth edges come out a little different where they are clipped. So the part is drawn without
-    // a clip elsewhere, that parts drawn one after the other are those of one picture.
+    // a clip elsewhere, that parts drawn one after the other are those of one picture. On a scaled
+    // screen a part may begin and end within a pixel: one more all around belongs to it.
     QImage image(pixelSize(), QImage::Format_RGB32);
     image.setDevicePixelRatio(devicePixelRatioF());
     QPainter painter(&image);
-    drawPart(painter, event->rect());
+    drawPart(painter, event->rect().adjusted(-1, -1, 1, 1));
     QPainter(this).drawImage(0, 0, image);
 }
 

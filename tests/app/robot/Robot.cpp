@@ -22,6 +22,7 @@
 //   window ROWS    waits until the main window has that many rows and no dialog before it
 //   dialog         waits for a dialog and leaves it open
 //   trigger NAME   triggers an action of the main window
+//   print TEXT     prints it, to say how far it is
 //   throw TEXT     throws a QString
 //   throw          throws a number
 //   close          closes the main window
@@ -146,6 +147,8 @@ bool Robot::isDone(const QString &verb, const QString &object)
         return hasSeen(Dialogs::choose(object));
     if (verb == QLatin1String("cancel"))
         return hasSeen(Dialogs::cancel());
+    if (verb == QLatin1String("print"))
+        return hasSeen(object);
     if (verb == QLatin1String("dialog"))
         return QApplication::activeModalWidget() != nullptr;
     if (verb == QLatin1String("window"))

@@ -108,6 +108,17 @@ private slots:
                                 "Do you want to replace it? (Yes,No)"));
     }
 
+    /// Enter for the name may come twice.
+    void enterDoesNotReplaceAFile()
+    {
+        makeFile(path("tune.abc"));
+        DialogAnswers answers;
+        answers.choose(QStringLiteral("tune")).visit([](QWidget &) { press(Qt::Key_Return); });
+        answers.cancel();
+        QCOMPARE(save(), QString());
+        QVERIFY(answers.isDone());
+    }
+
     void aNameOfAnExistingFileIsNoMarkup()
     {
         makeFile(path("<b>x<b>.abc"));

@@ -72,8 +72,12 @@ private:
     {
         QTest::addColumn<Question>("ask");
         QTest::addColumn<QMessageBox::Icon>("icon");
-        QTest::newRow("question") << &MessageBoxes::question << QMessageBox::Question;
-        QTest::newRow("warning question") << &MessageBoxes::warningQuestion << QMessageBox::Warning;
+        QTest::addColumn<QString>("onEnter");
+        QTest::newRow("question") << &MessageBoxes::question << QMessageBox::Question << "Yes";
+        QTest::newRow("warning question")
+            << &MessageBoxes::warningQuestion << QMessageBox::Warning << "Yes";
+        QTest::newRow("loss question")
+            << &MessageBoxes::lossQuestion << QMessageBox::Warning << "No";
     }
 
     static QString shownText(const QString &given)
@@ -156,7 +160,7 @@ private slots:
         QTEST(seen.icon, "icon");
         seen.buttons.sort();
         QCOMPARE(seen.buttons, texts({"No", "Yes"}));
-        QCOMPARE(seen.defaultButton, QStringLiteral("Yes"));
+        QTEST(seen.defaultButton, "onEnter");
         QCOMPARE(seen.parent, &window);
         QVERIFY(seen.isModal);
     }
@@ -191,6 +195,15 @@ private slots:
             QCOMPARE(ask(nullptr, title, text), isYes);
             QVERIFY(answers.isDone());
         }
+    }
+
+    void enterLosesNothing()
+    {
+        DialogAnswers answers;
+        answers.visit([](QWidget &) { press(Qt::Key_Return); });
+        answers.press("Yes");
+        QVERIFY(!MessageBoxes::lossQuestion(nullptr, title, text));
+        QVERIFY(MessageBoxes::lossQuestion(nullptr, title, text));
     }
 
     void aQuestionMayBeCancelled()

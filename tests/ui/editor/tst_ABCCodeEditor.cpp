@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QPixmap>
 #include <QScreen>
 #include <QScrollBar>
 #include <QTextBlock>
@@ -104,7 +105,11 @@ private slots:
         m_editor->resize(400, 300);
         QVERIFY(show(*m_editor));
     }
-    void cleanup() { m_editor.reset(); }
+    void cleanup()
+    {
+        m_editor.reset();
+        QGuiApplication::setLayoutDirection(Qt::LeftToRight);
+    }
 
     void theGutterIsAsWideAsTheLastNumber_data()
     {
@@ -198,6 +203,19 @@ private slots:
         QVERIFY(ten.left() < picture.width() - digit(*m_editor));
         QVERIFY(one.height() > digit(*m_editor));
         QVERIFY(ten.height() >= one.height());
+    }
+
+    void theGutterIsOnTheLeftOfARightToLeftDesktopToo()
+    {
+        QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+        init();
+        m_editor->setPlainText(lines(1000));
+        const QImage picture = pictureOfGutter(*m_editor);
+        QCOMPARE(gutterOf(*m_editor)->geometry().right() + 1, m_editor->viewport()->x());
+        QVERIFY(m_editor->verticalScrollBar()->mapTo(m_editor.get(), QPoint()).x()
+                > m_editor->viewport()->geometry().right());
+        const QRect one = inkOf(picture, rowOf(*m_editor, 0), lightGrey);
+        QVERIFY(one.left() >= picture.width() - digit(*m_editor));
     }
 
     void theSameNumberLooksTheSameOnItsLine()
@@ -343,6 +361,15 @@ private slots:
         QCOMPARE(m_editor->toPlainText(), QString());
     }
 
+    void whatIsNoTextIsNotPasted()
+    {
+        m_editor->setPlainText(QStringLiteral("abc"));
+        m_editor->selectAll();
+        QApplication::clipboard()->setPixmap(QPixmap(8, 8));
+        press(Qt::Key_V, Qt::ControlModifier);
+        QCOMPARE(m_editor->toPlainText(), QStringLiteral("abc"));
+    }
+
     void shiftAndReturnMakeALineToo()
     {
         type(QStringLiteral("a"));
@@ -350,6 +377,15 @@ private slots:
         type(QStringLiteral("b"));
         QCOMPARE(m_editor->toPlainText(), QStringLiteral("a\nb"));
         QCOMPARE(m_editor->blockCount(), 2);
+    }
+
+    void theNewLineIsSeen()
+    {
+        m_editor->setPlainText(lines(100));
+        m_editor->moveCursor(QTextCursor::End);
+        press(Qt::Key_Return, Qt::ShiftModifier);
+        QVERIFY(m_editor->viewport()->rect().contains(m_editor->cursorRect()));
+        QVERIFY(m_editor->viewport()->rect().bottom() > m_editor->cursorRect().bottom());
     }
 
     void shiftAndReturnLeaveWhatIsReadOnly()

@@ -12,11 +12,15 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMetaMethod>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QStatusBar>
+#include <QStyle>
 #include <QToolBar>
 #include <QToolButton>
 #include <QtTest>
+
+#include <algorithm>
 
 using namespace WidgetDriver;
 
@@ -176,10 +180,17 @@ private slots:
     {
         EditorStage stage;
         QVERIFY(stage.editor->isWindow());
-        QCOMPARE(stage.editor->size(), QSize(900, 650));
         QVERIFY(stage.show());
         stage.editor->close();
         QTRY_VERIFY(stage.editor.isNull());
+    }
+
+    void theWindowFitsOnTheScreen()
+    {
+        const EditorStage stage;
+        const QRect screen = stage.editor->screen()->availableGeometry();
+        const QSize frame(0, stage.editor->style()->pixelMetric(QStyle::PM_TitleBarHeight));
+        QCOMPARE(stage.editor->size(), QSize(900, 650).boundedTo(screen.size() - frame));
     }
 
     void theDockIsBelowAndNamed()
@@ -221,6 +232,15 @@ private slots:
         QVERIFY(!stage.action("actionApply")->isEnabled());
     }
 
+    void everyLineEndOfTheTextMakesALine()
+    {
+        Track track = EditorStage::trackOf(EditorStage::shortTune());
+        track.setAbc(QStringLiteral("X:1\u2028K:C\u2029C\r\nD"));
+        const EditorStage stage(track);
+        QCOMPARE(stage.shownText(), QStringLiteral("X:1\nK:C\nC\nD"));
+        QCOMPARE(stage.text().blockCount(), 4);
+    }
+
     void aTrackWithoutTextGetsOne()
     {
         Track track;
@@ -258,6 +278,25 @@ private slots:
             places.insert(label->x(), label->text().left(2));
         QCOMPARE(QStringList(places.values()), texts({"", "Po", "Ln", "Le"}));
         QVERIFY(places.lastKey() > stage.editor->width() * 7 / 12);
+    }
+
+    void labelsGrowSixToOneToTwoToTwo()
+    {
+        EditorStage stage;
+        QVERIFY(stage.show());
+        stage.editor->resize(4000, 650);
+        const auto labels = stage.editor->statusBar()->findChildren<QLabel *>();
+        const QLabel *const position =
+            *std::find_if(labels.begin(), labels.end(), [](QLabel *label) {
+                return label->text().startsWith(QLatin1String("Pos"));
+            });
+        QTRY_VERIFY(position->x() > 2000);
+        QStringList shares;
+        for (const QLabel *label : labels)
+            shares << label->text().left(3)
+                    + QString::number(qRound(double(label->width()) / position->width()));
+        shares.sort();
+        QCOMPARE(shares, texts({"6", "Len2", "Ln:2", "Pos1"}));
     }
 
     void keysGoToTheTextAtOnce()
@@ -393,7 +432,6 @@ private slots:
         QVERIFY(stage.show());
         press(Qt::Key_F, Qt::ControlModifier);
         auto *const dialog = stage.editor->findChild<FindReplaceDialog *>();
-        QVERIFY(dialog != nullptr);
         QVERIFY(dialog->isVisible());
         QVERIFY(!dialog->isModal());
         dialog->close();
@@ -403,6 +441,19 @@ private slots:
         QVERIFY(dialog->isVisible());
         stage.editor->onFindReplace();
         QCOMPARE(stage.editor->findChildren<FindReplaceDialog *>().size(), 1);
+    }
+
+    void theFindDialogComesBackToTheFront()
+    {
+        EditorStage stage;
+        QVERIFY(stage.show());
+        stage.editor->onFindReplace();
+        auto *const dialog = stage.editor->findChild<FindReplaceDialog *>();
+        QTRY_VERIFY(dialog->isActiveWindow());
+        stage.editor->activateWindow();
+        QTRY_VERIFY(stage.editor->isActiveWindow());
+        press(Qt::Key_F, Qt::ControlModifier);
+        QTRY_VERIFY(dialog->isActiveWindow());
     }
 
     void aFindDialogThatIsGoneIsMadeAnew()

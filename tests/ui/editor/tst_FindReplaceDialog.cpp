@@ -315,6 +315,18 @@ private slots:
         QVERIFY(isChecked("optDocument"));
     }
 
+    void aWindowThatIsNoLongerMinimisedIsAsItWas()
+    {
+        choose("optSelection");
+        part<QLineEdit>("txtFind")->deselect();
+        part<QWidget>("txtReplace")->setFocus();
+        QShowEvent shown;
+        QSpontaneKeyEvent::setSpontaneous(&shown);
+        QApplication::instance()->notify(m_dialog, &shown);
+        QVERIFY(isChecked("optSelection"));
+        QVERIFY(part<QWidget>("txtReplace")->hasFocus());
+    }
+
     void theTextToFindIsReadyToBeWrittenOver_data()
     {
         QTest::addColumn<int>("key");

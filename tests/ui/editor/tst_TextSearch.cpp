@@ -551,6 +551,17 @@ private slots:
         QCOMPARE(allReplaced(text, *plain(sought), after), expected);
     }
 
+    void everyLineEndThatIsPutInMakesALine()
+    {
+        Edited edited(QStringLiteral("a,b"));
+        const auto comma = plain(QStringLiteral(","));
+        searchOf(edited, *comma)
+            .replaceAll(TextSearch::wholeDocument(edited.document),
+                        QStringLiteral("1\r\n2\u20283\u20294"), edited.cursor);
+        QCOMPARE(edited.text(), QStringLiteral("a1\n2\n3\n4b"));
+        QCOMPARE(edited.document.blockCount(), 4);
+    }
+
     void allMatchesOfAPatternAreReplaced_data()
     {
         QTest::addColumn<QString>("text");

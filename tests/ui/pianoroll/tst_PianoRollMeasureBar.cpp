@@ -2,6 +2,7 @@
 #include "support/SettingsSandbox.h"
 #include "ui/pianoroll/PianoRollMeasureBar.h"
 
+#include <QGuiApplication>
 #include <QPainter>
 #include <QScreen>
 #include <QScrollBar>
@@ -17,7 +18,9 @@ private slots:
     void cleanupTestCase() { m_sandbox.reset(); }
     void everySecondMeasureIsShaded();
     void measuresBeginWithALine();
+    void numbersStandFourPixelsRightOfTheLine_data();
     void numbersStandFourPixelsRightOfTheLine();
+    void cleanup() { QGuiApplication::setLayoutDirection(Qt::LeftToRight); }
     void numbersCountFromOne_data();
     void numbersCountFromOne();
     void aNumberDoesNotLeaveItsMeasure();
@@ -90,8 +93,17 @@ void tst_PianoRollMeasureBar::measuresBeginWithALine()
     QCOMPARE(stage.at(385), gray(70));
 }
 
+void tst_PianoRollMeasureBar::numbersStandFourPixelsRightOfTheLine_data()
+{
+    QTest::addColumn<Qt::LayoutDirection>("desktop");
+    QTest::newRow("left to right") << Qt::LeftToRight;
+    QTest::newRow("right to left") << Qt::RightToLeft;
+}
+
 void tst_PianoRollMeasureBar::numbersStandFourPixelsRightOfTheLine()
 {
+    QFETCH(Qt::LayoutDirection, desktop);
+    QGuiApplication::setLayoutDirection(desktop);
     BarStage stage;
     const QImage image = stage.picture();
     const QRect ink = inkIn(image, {385, 0, 300, 20});

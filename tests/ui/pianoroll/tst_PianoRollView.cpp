@@ -17,6 +17,8 @@ class tst_PianoRollView : public QObject {
 private slots:
     void initTestCase() { m_sandbox = std::make_unique<SettingsSandbox>(); }
     void cleanupTestCase() { m_sandbox.reset(); }
+    void cleanup() { QGuiApplication::setLayoutDirection(Qt::LeftToRight); }
+    void sidesStandInTheMargins_data();
     void sidesStandInTheMargins();
     void theCornerIsDarkWithTwoBorders();
     void itIsSetUpAsAScrolledPicture();
@@ -39,6 +41,7 @@ private slots:
     void aPositionInSightDoesNotScroll();
     void aPositionBeyondAllEndsIsBounded();
     void theFirstNotesAreShownInTheMiddle();
+    void notesAfterAnEmptyTrackAreShownInTheMiddle();
     void laterTracksDoNotMoveTheView();
     void aViewNeedsNoScene();
     void unusualTracksAreShown_data();
@@ -105,8 +108,17 @@ QImage paintedAnew(RollStage &stage)
 
 } // namespace
 
+void tst_PianoRollView::sidesStandInTheMargins_data()
+{
+    QTest::addColumn<Qt::LayoutDirection>("desktop");
+    QTest::newRow("left to right") << Qt::LeftToRight;
+    QTest::newRow("right to left") << Qt::RightToLeft;
+}
+
 void tst_PianoRollView::sidesStandInTheMargins()
 {
+    QFETCH(Qt::LayoutDirection, desktop);
+    QGuiApplication::setLayoutDirection(desktop);
     RollStage stage;
     for (const QSize &size : {QSize(800, 600), QSize(300, 200)}) {
         stage.view.resize(size);
@@ -435,6 +447,16 @@ void tst_PianoRollView::theFirstNotesAreShownInTheMiddle()
     QApplication::processEvents();
     QVERIFY(std::abs(view.mapFromScene(0, 92.5).y() - view.viewport()->height() / 2) <= 1);
     QCOMPARE(view.horizontalScrollBar()->value(), 0);
+}
+
+void tst_PianoRollView::notesAfterAnEmptyTrackAreShownInTheMiddle()
+{
+    RollStage stage;
+    stage.setTrack({});
+    stage.view.viewport()->grab();
+    stage.setTrack(trackOf({50, 54}));
+    const int middle = stage.view.viewport()->height() / 2;
+    QVERIFY(std::abs(stage.view.mapFromScene(0, 52.5).y() - middle) <= 1);
 }
 
 void tst_PianoRollView::laterTracksDoNotMoveTheView()

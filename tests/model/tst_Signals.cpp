@@ -1,4 +1,4 @@
-#include "cli/Signals.h"
+#include "model/Signals.h"
 
 #include <QtTest>
 

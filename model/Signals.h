@@ -6,10 +6,10 @@
 
 class QSocketNotifier;
 
-/// What the program does about SIGINT (Ctrl-C), SIGTERM and SIGHUP.
+/// What a program does about SIGINT (Ctrl-C), SIGTERM and SIGHUP.
 ///
 /// By default they end it at once. That is right wherever no file is being written; the two
-/// classes are for the places where one is.
+/// classes are for the places where one is, or may be.
 
 /// Puts the signals off for its lifetime: for the moments between making a temporary file and
 /// renaming it. The process must have no other thread that lets them through.
