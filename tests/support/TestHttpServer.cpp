@@ -41,6 +41,12 @@ int TestHttpServer::openConnections() const
     return m_server.findChildren<QTcpSocket *>().size();
 }
 
+void TestHttpServer::hangUp()
+{
+    for (QTcpSocket *const socket : m_server.findChildren<QTcpSocket *>())
+        socket->abort();
+}
+
 bool TestHttpServer::listenAgain()
 {
     return m_server.listen(QHostAddress::LocalHost, m_port);

@@ -31,6 +31,8 @@ public:
     /// The requests so far, each with its empty line at the end.
     const QList<QByteArray> &requests() const { return m_requests; }
     int openConnections() const;
+    /// Ends all connections at once, whatever is under way.
+    void hangUp();
     /// The bytes that the system has taken from the answers so far.
     qint64 sentBytes() const { return m_sentBytes; }
 
