@@ -19,8 +19,9 @@ public:
     /// `outputRate`.
     static bool isPlayable(double frequency, double outputRate);
 
-    /// About what one of these has in memory between two pieces.
-    static constexpr std::size_t WorkingBytes = 65536;
+    /// About what one of these has in memory between two pieces: 90 to 670 KB, by its ratio and
+    /// channels.
+    static constexpr std::size_t WorkingBytes = std::size_t{384} * 1024;
 
     /// `source` as it sounds at `outputRate` when played at `frequency` of its frames per second.
     Resampler(std::shared_ptr<Preparation> source, double frequency, double outputRate);
