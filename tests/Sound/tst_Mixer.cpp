@@ -1,18 +1,13 @@
 #include "Sound/Mixer.h"
 #include "WholeSample.h"
+#include "support/OwnAllocator.h"
 
 #include <QtTest>
 
-#include <atomic>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
-#include <new>
 
 namespace {
-
-/// Allocations of this program while they are counted.
-std::atomic<std::size_t> allocations{0};
 
 using Samples = std::vector<float>;
 
@@ -93,34 +88,6 @@ Samples slice(const Samples &samples, std::size_t from, std::size_t count)
 }
 
 } // namespace
-
-// Every allocation of this program passes here, except where the thread sanitizer has its own
-// functions in their place.
-#if defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define HAS_OWN_ALLOCATOR
-#endif
-#endif
-#ifndef HAS_OWN_ALLOCATOR
-void *operator new(std::size_t size)
-{
-    ++allocations;
-    void *const memory = std::malloc(size == 0 ? 1 : size);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
-}
-
-void operator delete(void *memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void *memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-#endif
 
 class tst_Mixer : public QObject {
     Q_OBJECT
@@ -910,7 +877,7 @@ void tst_Mixer::nothingIsAllocated()
     const Samples samples = noise(2000, 1);
     Samples left(1024);
     Samples right(1024);
-    const std::size_t before = allocations;
+    const std::size_t before = OwnAllocator::allocations;
     for (unsigned i = 0; i < Voices; ++i)
         mixer.start(i, fading(samples, 30 * std::uint64_t{i}, 300, 20 * std::uint64_t{i}));
     for (unsigned block = 0; block < 10; ++block) {
@@ -918,7 +885,7 @@ void tst_Mixer::nothingIsAllocated()
         mixer.stop(90 + block);
         mixer.mix(left.data(), right.data(), 1024);
     }
-    const std::size_t after = allocations;
+    const std::size_t after = OwnAllocator::allocations;
     QCOMPARE(after, before);
     QCOMPARE(mixer.ended().size(), std::size_t{Voices});
 }

@@ -1,50 +1,17 @@
 #include "EditorStage.h"
 #include "support/DialogAnswers.h"
+#include "support/OwnAllocator.h"
 #include "support/SettingsSandbox.h"
 
 #include <QSignalSpy>
 #include <QtTest>
 
-#include <cstdlib>
-#include <new>
-#include <utility>
-
 namespace {
-
-thread_local bool isMemoryShort = false;
 
 /// A note that waits for its tie, for which the parser takes memory.
 const QString tiedNotes = QStringLiteral("X:1\nL:1/4\nK:C\nD-D");
 
 } // namespace
-
-// Every allocation of this program passes here, except where the thread sanitizer has its own
-// functions in their place.
-#if defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define HAS_OWN_ALLOCATOR
-#endif
-#endif
-#ifndef HAS_OWN_ALLOCATOR
-void *operator new(std::size_t size)
-{
-    const bool isRefused = std::exchange(isMemoryShort, false);
-    void *const memory = isRefused ? nullptr : std::malloc(size == 0 ? 1 : size);
-    if (memory == nullptr)
-        throw std::bad_alloc();
-    return memory;
-}
-
-void operator delete(void *memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void *memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
-#endif
 
 /// An editor whose text is read while there is no memory for it.
 class TestABCEditorShortage : public QObject {
@@ -62,9 +29,9 @@ private slots:
         stage.replaceText(tiedNotes);
         DialogAnswers answers;
         answers.press("OK");
-        isMemoryShort = true;
+        OwnAllocator::isShort = true;
         QVERIFY(!stage.editor->onApply());
-        QVERIFY(!isMemoryShort);
+        QVERIFY(!OwnAllocator::isShort);
         QCOMPARE(answers.seen(),
                  QStringList(QStringLiteral(
                      "critical [ABC Editor] An unknown error occured while parsing (OK)")));
@@ -80,7 +47,7 @@ private slots:
         stage.replaceText(tiedNotes);
         DialogAnswers answers;
         answers.press("OK");
-        isMemoryShort = true;
+        OwnAllocator::isShort = true;
         QVERIFY(!stage.editor->onApply());
         QVERIFY(stage.editor->onApply());
         QCOMPARE(stage.pitches(), QStringLiteral("62"));
